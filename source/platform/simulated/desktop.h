@@ -1,0 +1,47 @@
+// Top-level windows, the calling thread's message queue, and the debugger's stream.
+#pragma once
+
+#include <deque>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "platform/types.h"
+
+namespace pikel::simulated {
+
+struct SentMessage {
+    HWND window = nullptr;
+    UINT message = 0;
+    WPARAM wParam = 0;
+    LPARAM lParam = 0;
+    std::string text;  ///< of a WM_SETTEXT
+    UINT timeout = 0;
+};
+
+class Desktop {
+ public:
+    /// Opens a top-level window with a title.
+    HWND OpenWindow(std::string_view title);
+    void CloseWindow(HWND window);
+    HWND FindByTitle(std::string_view title) const;
+
+    /// Everything sent so far, broadcasts (window 0xFFFF) among it.
+    std::vector<SentMessage> sent;
+    /// What OutputDebugStringA got.
+    std::vector<std::string> debugOutput;
+    /// The thread's queue: PeekMessageA takes from it, DispatchMessageA appends to `dispatched`.
+    std::deque<MSG> queue;
+    std::vector<MSG> dispatched;
+
+ private:
+    struct Window {
+        HWND handle;
+        std::string title;
+    };
+    std::vector<Window> m_windows;
+    std::uintptr_t m_next = 0x10000;
+};
+
+}  // namespace pikel::simulated

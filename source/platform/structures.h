@@ -1,0 +1,476 @@
+// The Windows structures and constants that the library and the simulated machine use beyond those of the public
+// interface, for hosts without the Windows headers. Layouts and values are the published ones (winbase.h, winnt.h,
+// winreg.h, winsvc.h, winspool.h, setupapi.h, winuser.h of the Windows SDK) for a 64-bit process; a test compiled for
+// Windows holds them against the system's headers.
+#pragma once
+
+#include "pikel_types.h"
+
+// ---- handles and pointers -------------------------------------------------------------------------------------------
+using PHANDLE = HANDLE*;
+using HKEY = struct HKEY__*;
+using PHKEY = HKEY*;
+using SC_HANDLE = struct SC_HANDLE__*;
+using HINF = void*;
+using HSPFILEQ = void*;
+using HDEVINFO = void*;
+using FARPROC = intptr_t (*)();
+using HFILE = int;
+using REGSAM = DWORD;
+using LCID = DWORD;
+using ACCESS_MASK = DWORD;
+using WPARAM = UINT_PTR;
+using LPARAM = LONG_PTR;
+using LRESULT = LONG_PTR;
+using OLECHAR = WCHAR;
+using BSTR = WCHAR*;
+using LSTATUS = LONG;
+using SIZE_T = size_t;
+using HLOCAL = HANDLE;
+using PLONG = LONG*;
+using PUINT = UINT*;
+using PDWORD_PTR = DWORD_PTR*;
+using PBYTE = BYTE*;
+using PSTR = char*;
+using PCSTR = const char*;
+using LPBOOL = BOOL*;
+
+inline const HANDLE INVALID_HANDLE_VALUE = reinterpret_cast<HANDLE>(static_cast<intptr_t>(-1));
+inline const HKEY HKEY_CLASSES_ROOT = reinterpret_cast<HKEY>(static_cast<uintptr_t>(0x80000000));
+inline const HKEY HKEY_CURRENT_USER = reinterpret_cast<HKEY>(static_cast<uintptr_t>(0x80000001));
+inline const HKEY HKEY_LOCAL_MACHINE = reinterpret_cast<HKEY>(static_cast<uintptr_t>(0x80000002));
+inline const HKEY HKEY_USERS = reinterpret_cast<HKEY>(static_cast<uintptr_t>(0x80000003));
+inline const HWND HWND_BROADCAST = reinterpret_cast<HWND>(static_cast<uintptr_t>(0xffff));
+inline constexpr HFILE HFILE_ERROR = -1;
+
+// ---- winerror.h -----------------------------------------------------------------------------------------------------
+enum : DWORD {
+    ERROR_SUCCESS = 0,
+    ERROR_INVALID_FUNCTION = 1,
+    ERROR_FILE_NOT_FOUND = 2,
+    ERROR_PATH_NOT_FOUND = 3,
+    ERROR_ACCESS_DENIED = 5,
+    ERROR_INVALID_HANDLE = 6,
+    ERROR_NOT_ENOUGH_MEMORY = 8,
+    ERROR_INVALID_DATA = 13,
+    ERROR_OUTOFMEMORY = 14,
+    ERROR_NO_MORE_FILES = 18,
+    ERROR_WRITE_PROTECT = 19,
+    ERROR_SHARING_VIOLATION = 32,
+    ERROR_LOCK_VIOLATION = 33,
+    ERROR_NOT_SUPPORTED = 50,
+    ERROR_FILE_EXISTS = 80,
+    ERROR_INVALID_PARAMETER = 87,
+    ERROR_DISK_FULL = 112,
+    ERROR_CALL_NOT_IMPLEMENTED = 120,
+    ERROR_INSUFFICIENT_BUFFER = 122,
+    ERROR_INVALID_NAME = 123,
+    ERROR_INVALID_LEVEL = 124,
+    ERROR_MOD_NOT_FOUND = 126,
+    ERROR_PROC_NOT_FOUND = 127,
+    ERROR_DIR_NOT_EMPTY = 145,
+    ERROR_ALREADY_EXISTS = 183,
+    ERROR_MORE_DATA = 234,
+    ERROR_NO_MORE_ITEMS = 259,
+    ERROR_DIRECTORY = 267,
+    ERROR_FILE_INVALID = 1006,
+    ERROR_BADKEY = 1010,
+    ERROR_CANTREAD = 1012,
+    ERROR_KEY_DELETED = 1018,
+    ERROR_DEPENDENT_SERVICES_RUNNING = 1051,
+    ERROR_INVALID_SERVICE_CONTROL = 1052,
+    ERROR_SERVICE_ALREADY_RUNNING = 1056,
+    ERROR_SERVICE_DISABLED = 1058,
+    ERROR_SERVICE_DOES_NOT_EXIST = 1060,
+    ERROR_SERVICE_NOT_ACTIVE = 1062,
+    ERROR_DATABASE_DOES_NOT_EXIST = 1065,
+    ERROR_NO_UNICODE_TRANSLATION = 1113,
+    ERROR_CANCELLED = 1223,
+    ERROR_INTERNAL_ERROR = 1359,
+    ERROR_TIMEOUT = 1460,
+    RPC_S_SERVER_UNAVAILABLE = 1722,
+    RPC_S_CALL_FAILED = 1726,
+    ERROR_UNKNOWN_PORT = 1796,
+    ERROR_UNKNOWN_PRINTER_DRIVER = 1797,
+    ERROR_UNKNOWN_PRINTPROCESSOR = 1798,
+    ERROR_INVALID_PRINTER_NAME = 1801,
+    ERROR_PRINTER_ALREADY_EXISTS = 1802,
+    ERROR_INVALID_DATATYPE = 1804,
+    ERROR_INVALID_ENVIRONMENT = 1805,
+    ERROR_PRINTER_DRIVER_ALREADY_INSTALLED = 1795,
+    ERROR_RESOURCE_NAME_NOT_FOUND = 1814,
+    ERROR_UNKNOWN_PRINT_MONITOR = 3000,
+    ERROR_PRINT_MONITOR_ALREADY_INSTALLED = 3006,
+    ERROR_INVALID_PRINT_MONITOR = 3007,
+    ERROR_PRINT_MONITOR_IN_USE = 3008,
+    // Setup API codes of setupapi.h: APPLICATION_ERROR_MASK | ERROR_SEVERITY_ERROR | number
+    ERROR_EXPECTED_SECTION_NAME = 0xE0000000,
+    ERROR_BAD_SECTION_NAME_LINE = 0xE0000001,
+    ERROR_SECTION_NAME_TOO_LONG = 0xE0000002,
+    ERROR_GENERAL_SYNTAX = 0xE0000003,
+    ERROR_WRONG_INF_STYLE = 0xE0000100,
+    ERROR_SECTION_NOT_FOUND = 0xE0000101,
+    ERROR_LINE_NOT_FOUND = 0xE0000102,
+};
+
+// ---- winnt.h, winbase.h ---------------------------------------------------------------------------------------------
+enum : DWORD {
+    GENERIC_READ = 0x80000000,
+    GENERIC_WRITE = 0x40000000,
+    GENERIC_EXECUTE = 0x20000000,
+    GENERIC_ALL = 0x10000000,
+    FILE_SHARE_READ = 1,
+    FILE_SHARE_WRITE = 2,
+    FILE_SHARE_DELETE = 4,
+    CREATE_NEW = 1,
+    CREATE_ALWAYS = 2,
+    OPEN_EXISTING = 3,
+    OPEN_ALWAYS = 4,
+    TRUNCATE_EXISTING = 5,
+    FILE_ATTRIBUTE_READONLY = 1,
+    FILE_ATTRIBUTE_HIDDEN = 2,
+    FILE_ATTRIBUTE_DIRECTORY = 16,
+    FILE_ATTRIBUTE_ARCHIVE = 32,
+    FILE_ATTRIBUTE_NORMAL = 128,
+    INVALID_FILE_ATTRIBUTES = 0xffffffff,
+    FILE_BEGIN = 0,
+    FILE_CURRENT = 1,
+    FILE_END = 2,
+    INVALID_SET_FILE_POINTER = 0xffffffff,
+    HEAP_ZERO_MEMORY = 8,
+    FORMAT_MESSAGE_ALLOCATE_BUFFER = 0x100,
+    FORMAT_MESSAGE_IGNORE_INSERTS = 0x200,
+    FORMAT_MESSAGE_FROM_SYSTEM = 0x1000,
+    VER_PLATFORM_WIN32s = 0,
+    VER_PLATFORM_WIN32_WINDOWS = 1,
+    VER_PLATFORM_WIN32_NT = 2,
+    DELETE = 0x10000,
+};
+inline constexpr UINT OF_READ = 0;
+inline constexpr UINT CP_ACP = 0;
+inline constexpr UINT CP_UTF8 = 65001;
+
+struct SECURITY_ATTRIBUTES {
+    DWORD nLength;
+    LPVOID lpSecurityDescriptor;
+    BOOL bInheritHandle;
+};
+using LPSECURITY_ATTRIBUTES = SECURITY_ATTRIBUTES*;
+
+struct OVERLAPPED;
+using LPOVERLAPPED = OVERLAPPED*;
+using LPFILETIME = FILETIME*;
+
+struct SYSTEMTIME {
+    WORD wYear;
+    WORD wMonth;
+    WORD wDayOfWeek;
+    WORD wDay;
+    WORD wHour;
+    WORD wMinute;
+    WORD wSecond;
+    WORD wMilliseconds;
+};
+using LPSYSTEMTIME = SYSTEMTIME*;
+
+struct WIN32_FIND_DATAA {
+    DWORD dwFileAttributes;
+    FILETIME ftCreationTime;
+    FILETIME ftLastAccessTime;
+    FILETIME ftLastWriteTime;
+    DWORD nFileSizeHigh;
+    DWORD nFileSizeLow;
+    DWORD dwReserved0;
+    DWORD dwReserved1;
+    CHAR cFileName[MAX_PATH];
+    CHAR cAlternateFileName[14];
+};
+using LPWIN32_FIND_DATAA = WIN32_FIND_DATAA*;
+
+struct OFSTRUCT {
+    BYTE cBytes;
+    BYTE fFixedDisk;
+    WORD nErrCode;
+    WORD Reserved1;
+    WORD Reserved2;
+    CHAR szPathName[128];
+};
+using LPOFSTRUCT = OFSTRUCT*;
+
+/// 148 bytes; GetVersionExA takes this and the longer form, told apart by dwOSVersionInfoSize.
+struct OSVERSIONINFOA {
+    DWORD dwOSVersionInfoSize;
+    DWORD dwMajorVersion;
+    DWORD dwMinorVersion;
+    DWORD dwBuildNumber;
+    DWORD dwPlatformId;
+    CHAR szCSDVersion[128];
+};
+using LPOSVERSIONINFOA = OSVERSIONINFOA*;
+
+/// 156 bytes.
+struct OSVERSIONINFOEXA {
+    DWORD dwOSVersionInfoSize;
+    DWORD dwMajorVersion;
+    DWORD dwMinorVersion;
+    DWORD dwBuildNumber;
+    DWORD dwPlatformId;
+    CHAR szCSDVersion[128];
+    WORD wServicePackMajor;
+    WORD wServicePackMinor;
+    WORD wSuiteMask;
+    BYTE wProductType;
+    BYTE wReserved;
+};
+
+struct SYSTEM_INFO {
+    WORD wProcessorArchitecture;
+    WORD wReserved;
+    DWORD dwPageSize;
+    LPVOID lpMinimumApplicationAddress;
+    LPVOID lpMaximumApplicationAddress;
+    DWORD_PTR dwActiveProcessorMask;
+    DWORD dwNumberOfProcessors;
+    DWORD dwProcessorType;
+    DWORD dwAllocationGranularity;
+    WORD wProcessorLevel;
+    WORD wProcessorRevision;
+};
+using LPSYSTEM_INFO = SYSTEM_INFO*;
+
+// ---- winreg.h -------------------------------------------------------------------------------------------------------
+enum : DWORD {
+    REG_NONE = 0,
+    REG_SZ = 1,
+    REG_EXPAND_SZ = 2,
+    REG_BINARY = 3,
+    REG_DWORD = 4,
+    REG_MULTI_SZ = 7,
+    REG_QWORD = 11,
+    REG_OPTION_NON_VOLATILE = 0,
+    REG_CREATED_NEW_KEY = 1,
+    REG_OPENED_EXISTING_KEY = 2,
+    KEY_READ = 0x20019,
+    KEY_WRITE = 0x20006,
+    KEY_ALL_ACCESS = 0xF003F,
+};
+
+// ---- winsvc.h -------------------------------------------------------------------------------------------------------
+enum : DWORD {
+    SERVICE_STOPPED = 1,
+    SERVICE_START_PENDING = 2,
+    SERVICE_STOP_PENDING = 3,
+    SERVICE_RUNNING = 4,
+    SERVICE_CONTROL_STOP = 1,
+    SERVICE_ACTIVE = 1,
+    SERVICE_INACTIVE = 2,
+    SERVICE_STATE_ALL = 3,
+    SERVICE_ALL_ACCESS = 0xF01FF,
+    SERVICE_WIN32_OWN_PROCESS = 0x10,
+    SERVICE_AUTO_START = 2,
+    SERVICE_DEMAND_START = 3,
+    SERVICE_DISABLED = 4,
+};
+
+struct SERVICE_STATUS {
+    DWORD dwServiceType;
+    DWORD dwCurrentState;
+    DWORD dwControlsAccepted;
+    DWORD dwWin32ExitCode;
+    DWORD dwServiceSpecificExitCode;
+    DWORD dwCheckPoint;
+    DWORD dwWaitHint;
+};
+using LPSERVICE_STATUS = SERVICE_STATUS*;
+
+struct ENUM_SERVICE_STATUSA {
+    LPSTR lpServiceName;
+    LPSTR lpDisplayName;
+    SERVICE_STATUS ServiceStatus;
+};
+using LPENUM_SERVICE_STATUSA = ENUM_SERVICE_STATUSA*;
+
+struct QUERY_SERVICE_CONFIGA {
+    DWORD dwServiceType;
+    DWORD dwStartType;
+    DWORD dwErrorControl;
+    LPSTR lpBinaryPathName;
+    LPSTR lpLoadOrderGroup;
+    DWORD dwTagId;
+    LPSTR lpDependencies;
+    LPSTR lpServiceStartName;
+    LPSTR lpDisplayName;
+};
+using LPQUERY_SERVICE_CONFIGA = QUERY_SERVICE_CONFIGA*;
+
+// ---- winspool.h -----------------------------------------------------------------------------------------------------
+enum : DWORD {
+    PRINTER_ENUM_DEFAULT = 1,
+    PRINTER_ENUM_LOCAL = 2,
+    PRINTER_ENUM_CONNECTIONS = 4,
+    PRINTER_ENUM_NAME = 8,
+    PRINTER_ATTRIBUTE_QUEUED = 0x1,
+    PRINTER_ATTRIBUTE_DIRECT = 0x2,
+    PRINTER_ATTRIBUTE_DEFAULT = 0x4,
+    PRINTER_ATTRIBUTE_SHARED = 0x8,
+    PRINTER_ATTRIBUTE_NETWORK = 0x10,
+    PRINTER_ATTRIBUTE_LOCAL = 0x40,
+    PRINTER_ATTRIBUTE_DO_COMPLETE_FIRST = 0x200,
+    PRINTER_ATTRIBUTE_ENABLE_BIDI = 0x800,
+    PRINTER_STATUS_PAUSED = 1,
+    PRINTER_CONTROL_PAUSE = 1,
+    PRINTER_ALL_ACCESS = 0xF000C,
+    PRINTER_ACCESS_USE = 8,
+    APD_STRICT_UPGRADE = 1,
+    APD_STRICT_DOWNGRADE = 2,
+    APD_COPY_ALL_FILES = 4,
+    APD_COPY_NEW_FILES = 8,
+    PORT_TYPE_WRITE = 1,
+    PORT_TYPE_READ = 2,
+    PORT_TYPE_REDIRECTED = 4,
+    PORT_TYPE_NET_ATTACHED = 8,
+};
+
+struct PRINTER_DEFAULTSA {
+    LPSTR pDatatype;
+    LPDEVMODEA pDevMode;
+    ACCESS_MASK DesiredAccess;
+};
+using LPPRINTER_DEFAULTSA = PRINTER_DEFAULTSA*;
+
+struct PRINTER_INFO_1A {
+    DWORD Flags;
+    LPSTR pDescription;
+    LPSTR pName;
+    LPSTR pComment;
+};
+struct PRINTER_INFO_4A {
+    LPSTR pPrinterName;
+    LPSTR pServerName;
+    DWORD Attributes;
+};
+struct PRINTER_INFO_5A {
+    LPSTR pPrinterName;
+    LPSTR pPortName;
+    DWORD Attributes;
+    DWORD DeviceNotSelectedTimeout;
+    DWORD TransmissionRetryTimeout;
+};
+
+struct DRIVER_INFO_1A {
+    LPSTR pName;
+};
+struct DRIVER_INFO_2A {
+    DWORD cVersion;
+    LPSTR pName;
+    LPSTR pEnvironment;
+    LPSTR pDriverPath;
+    LPSTR pDataFile;
+    LPSTR pConfigFile;
+};
+struct DRIVER_INFO_3A {
+    DWORD cVersion;
+    LPSTR pName;
+    LPSTR pEnvironment;
+    LPSTR pDriverPath;
+    LPSTR pDataFile;
+    LPSTR pConfigFile;
+    LPSTR pHelpFile;
+    LPSTR pDependentFiles;
+    LPSTR pMonitorName;
+    LPSTR pDefaultDataType;
+};
+
+struct MONITOR_INFO_1A {
+    LPSTR pName;
+};
+struct PORT_INFO_1A {
+    LPSTR pName;
+};
+struct PORT_INFO_2A {
+    LPSTR pPortName;
+    LPSTR pMonitorName;
+    LPSTR pDescription;
+    DWORD fPortType;
+    DWORD Reserved;
+};
+
+// ---- setupapi.h -----------------------------------------------------------------------------------------------------
+struct INFCONTEXT {
+    PVOID Inf;
+    PVOID CurrentInf;
+    UINT Section;
+    UINT Line;
+};
+using PINFCONTEXT = INFCONTEXT*;
+
+struct FILEPATHS_A {
+    PCSTR Target;
+    PCSTR Source;
+    UINT Win32Error;
+    DWORD Flags;
+};
+
+struct SOURCE_MEDIA_A {
+    PCSTR Reserved;
+    PCSTR Tagfile;
+    PCSTR Description;
+    PCSTR SourcePath;
+    PCSTR SourceFile;
+    DWORD Flags;
+};
+
+struct SP_DEVINFO_DATA;
+using PSP_DEVINFO_DATA = SP_DEVINFO_DATA*;
+
+enum : DWORD {
+    INF_STYLE_WIN4 = 2,
+    SP_COPY_DELETESOURCE = 0x1,
+    SP_COPY_REPLACEONLY = 0x2,
+    SP_COPY_NEWER = 0x4,
+    SP_COPY_NOOVERWRITE = 0x8,
+    SP_COPY_NODECOMP = 0x10,
+    SP_COPY_SOURCE_ABSOLUTE = 0x40,
+    SP_COPY_SOURCEPATH_ABSOLUTE = 0x80,
+    SP_COPY_FORCE_IN_USE = 0x200,
+    SP_COPY_FORCE_NOOVERWRITE = 0x1000,
+    SP_COPY_FORCE_NEWER = 0x2000,
+    SPINST_REGISTRY = 0x4,
+    SPFILENOTIFY_STARTQUEUE = 1,
+    SPFILENOTIFY_ENDQUEUE = 2,
+    SPFILENOTIFY_STARTSUBQUEUE = 3,
+    SPFILENOTIFY_ENDSUBQUEUE = 4,
+    SPFILENOTIFY_STARTDELETE = 5,
+    SPFILENOTIFY_ENDDELETE = 6,
+    SPFILENOTIFY_DELETEERROR = 7,
+    SPFILENOTIFY_STARTRENAME = 8,
+    SPFILENOTIFY_ENDRENAME = 9,
+    SPFILENOTIFY_RENAMEERROR = 10,
+    SPFILENOTIFY_STARTCOPY = 11,
+    SPFILENOTIFY_ENDCOPY = 12,
+    SPFILENOTIFY_COPYERROR = 13,
+    SPFILENOTIFY_NEEDMEDIA = 14,
+    FILEOP_ABORT = 0,
+    FILEOP_DOIT = 1,
+    FILEOP_SKIP = 2,
+    FILEOP_NEWPATH = 4,
+    FILEOP_COPY = 0,
+};
+
+// ---- winuser.h ------------------------------------------------------------------------------------------------------
+struct POINT {
+    LONG x;
+    LONG y;
+};
+struct MSG {
+    HWND hwnd;
+    UINT message;
+    WPARAM wParam;
+    LPARAM lParam;
+    DWORD time;
+    POINT pt;
+};
+using LPMSG = MSG*;
+inline constexpr UINT WM_SETTEXT = 0x000C;
+inline constexpr UINT WM_SETTINGCHANGE = 0x001A;
+inline constexpr UINT PM_REMOVE = 1;

@@ -1,0 +1,23 @@
+// The Windows headers, with the macros taken away that would rename the library's own functions.
+#pragma once
+
+#ifndef NOMINMAX
+#define NOMINMAX
+#endif
+#include <windows.h>
+#include <winspool.h>
+#include <winsvc.h>
+#include <setupapi.h>
+#include <shlwapi.h>
+#include <oleauto.h>
+
+#undef GetPrinterData
+#undef SetPrinterData
+#undef GetDefaultPrinter
+#undef SetDefaultPrinter
+#undef InstallColorProfile
+#undef AddPrinterDriver
+#undef DeletePrinterDriver
+#undef AddPrinter
+#undef CreatePort
+#undef FormatMessage
