@@ -1,0 +1,141 @@
+#include "support/machine_test.h"
+
+#include <stdlib.h>
+
+#include <algorithm>
+
+#include "frame/log.h"
+#include "frame/os_identity.h"
+
+namespace pikel::testing_support {
+
+namespace {
+
+constexpr char kLogPath[] = "C:\\test.log";
+
+std::filesystem::path MakeTemporaryFolder() {
+    std::string pattern = (std::filesystem::temp_directory_path() / "pikel-test-XXXXXX").string();
+    if (mkdtemp(pattern.data()) == nullptr) {
+        throw std::runtime_error("can't make a temporary folder at " + pattern);
+    }
+    return pattern;
+}
+
+const simulated::SystemDescription& SystemNamed(std::string_view name) {
+    const simulated::SystemDescription* system = simulated::FindSystem(name);
+    if (system == nullptr) {
+        throw std::runtime_error("no system is named " + std::string(name));
+    }
+    return *system;
+}
+
+}  // namespace
+
+const std::vector<std::string>& EverySystem() {
+    static const std::vector<std::string> systems = {"win95",   "win98",  "winme", "nt4",        "win2000",   "xp",
+                                                     "xp-ia64", "xp-x64", "vista", "vista-ia64", "vista-x64", "other"};
+    return systems;
+}
+
+TestMachine::TestMachine(std::string_view system) {
+    Start(SystemNamed(system));
+}
+
+TestMachine::TestMachine(const simulated::SystemDescription& system) {
+    Start(system);
+}
+
+void TestMachine::Start(const simulated::SystemDescription& system) {
+    m_folder = MakeTemporaryFolder();
+    m_machine = simulated::Machine::Create(m_folder / "machine", system);
+    simulated::Use(m_machine.get());
+    SetPlatform(
+        trace::Over(faults::Over(NativePlatform()), [this](const trace::Call& call) { m_calls.push_back(call); }));
+    ResetLog();
+    ForgetSystemRecords();
+    simulated::lastError = 0;
+}
+
+TestMachine::~TestMachine() {
+    if (m_checkAtEnd) {
+        EXPECT_THAT(m_machine->Handles().Describe(), ::testing::IsEmpty()) << "handles are still open";
+        EXPECT_THAT(m_machine->Handles().Misuses(), ::testing::IsEmpty());
+        EXPECT_EQ(m_machine->Heap().OpenCount(), 0u) << "blocks were not freed";
+        EXPECT_THAT(m_machine->Heap().Misuses(), ::testing::IsEmpty());
+    }
+    ResetLog();
+    ForgetSystemRecords();
+    SetPlatform(NativePlatform());
+    simulated::Use(nullptr);
+    m_machine.reset();
+    std::error_code ignored;
+    std::filesystem::remove_all(m_folder, ignored);
+}
+
+void TestMachine::Reopen() {
+    simulated::Use(nullptr);
+    m_machine.reset();
+    m_machine = simulated::Machine::Open(m_folder / "machine");
+    simulated::Use(m_machine.get());
+    ForgetSystemRecords();
+}
+
+void TestMachine::TurnLogOn(int level) {
+    g_logSettings = {
+        .debugEnabled = true, .logToFile = true, .logToDebugger = false, .logLevel = level, .logFilePath = kLogPath};
+    TakeLog();
+}
+
+std::vector<std::string> TestMachine::TakeLog() {
+    std::vector<std::string> messages;
+    std::string text = m_machine->Files().Read(kLogPath).value_or("");
+    m_machine->Files().Delete(kLogPath);
+    // A line is "[--- Date:MM/DD/YY , Time:HH:MM:SS ---]  message" and CR LF; a message may hold line breaks of its
+    // own.
+    static constexpr std::string_view kStamp = "[--- Date:";
+    static constexpr std::size_t kStampLength = sizeof("[--- Date:MM/DD/YY , Time:HH:MM:SS ---]  ") - 1;
+    std::size_t start = 0;
+    while (start < text.size()) {
+        std::size_t end = text.find("\r\n" + std::string(kStamp), start);
+        std::string line = text.substr(start, end == std::string::npos ? std::string::npos : end - start);
+        start = end == std::string::npos ? text.size() : end + 2;
+        if (end == std::string::npos && line.ends_with("\r\n")) {
+            line.resize(line.size() - 2);
+        }
+        EXPECT_TRUE(line.starts_with(kStamp)) << line;
+        messages.push_back(line.size() < kStampLength ? line : line.substr(kStampLength));
+    }
+    return messages;
+}
+
+std::vector<std::string> TestMachine::TakeCalls() {
+    std::vector<std::string> calls;
+    for (const trace::Call& call : m_calls) {
+        calls.push_back(call.Text());
+    }
+    m_calls.clear();
+    return calls;
+}
+
+std::vector<std::string> TestMachine::TakeCallNames(const std::vector<std::string>& only) {
+    std::vector<std::string> names;
+    for (const trace::Call& call : m_calls) {
+        if (only.empty() || std::ranges::find(only, call.name) != only.end()) {
+            names.push_back(call.name);
+        }
+    }
+    m_calls.clear();
+    return names;
+}
+
+void WriteFileOn(simulated::Machine& machine, std::string_view path, std::string_view bytes) {
+    ASSERT_EQ(machine.Files().Write(path, bytes), 0u) << path;
+}
+
+std::string ReadFileOn(simulated::Machine& machine, std::string_view path) {
+    std::optional<std::string> bytes = machine.Files().Read(path);
+    EXPECT_TRUE(bytes.has_value()) << path << " is missing";
+    return bytes.value_or("");
+}
+
+}  // namespace pikel::testing_support
