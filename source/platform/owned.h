@@ -156,7 +156,9 @@ class LookedUp {
             m_dwStatus = Platform().GetLastError();
             return;
         }
-        m_pfn = reinterpret_cast<Function>(Platform().GetProcAddress(m_module.Get(), lpszName));
+        // By way of the one function type that may be cast to any other.
+        auto pfnAny = reinterpret_cast<void (*)()>(Platform().GetProcAddress(m_module.Get(), lpszName));
+        m_pfn = reinterpret_cast<Function>(pfnAny);
         if (m_pfn == nullptr) {
             m_dwStatus = Platform().GetLastError();
         }
