@@ -6,6 +6,14 @@
 
 #include "platform/types.h"
 
+// Formats are checked where DWORD is an int. On Windows it is a long of the same size, which the compiler would not take
+// for a %d.
+#ifdef _WIN32
+#define PIKEL_LOG_FORMAT
+#else
+#define PIKEL_LOG_FORMAT [[gnu::format(printf, 1, 2)]]
+#endif
+
 namespace pikel {
 
 /// Process-wide settings, read by the first Initialize and reset by the last Shutdown.
@@ -28,7 +36,7 @@ void ResetLog();
 
 // What the calls below do once their gate is open. A text of more than 2047 characters is cut, and so is a line of more
 // than 1024; every line ends in CR LF.
-[[gnu::format(printf, 1, 2)]] void WriteLogLine(const char* format, ...);
+PIKEL_LOG_FORMAT void WriteLogLine(const char* format, ...);
 void WriteErrorLogLine(DWORD dwCode, LPCSTR lpszSource, DWORD dwLine);
 
 }  // namespace pikel
