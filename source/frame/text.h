@@ -11,6 +11,9 @@ namespace pikel {
 /// Null or empty.
 inline bool IsEmpty(LPCSTR lpszText) { return lpszText == nullptr || *lpszText == '\0'; }
 
+/// The text, or an empty one for null.
+inline LPCSTR TextOrEmpty(LPCSTR lpszText) { return lpszText == nullptr ? "" : lpszText; }
+
 /// Equal without regard to case, by the system's locale rules.
 inline bool EqualNoCase(LPCSTR lpszLeft, LPCSTR lpszRight) { return Platform().lstrcmpiA(lpszLeft, lpszRight) == 0; }
 
