@@ -1,15 +1,13 @@
 // Binds the operations to Windows. An operation that the system's headers don't declare is a compile error here.
-#include "platform/platform.h"
+#include "platform/native_table.h"
+
 
 namespace pikel {
 
-const PlatformTable& NativePlatform() {
-    static constexpr PlatformTable table = {
+constinit const PlatformTable kNativeTable = {
 #define OPERATION(result, name, parameters, failure) &::name,
 #define LOOKED_UP(module, result, name, parameters, failure)
 #include "platform/operations/all.def"
-    };
-    return table;
-}
+};
 
 }  // namespace pikel
