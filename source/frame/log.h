@@ -1,5 +1,5 @@
-// Diagnostic log: off unless a file "UtilDbg.ini" beside the module turns it on. It never changes what an operation does:
-// the last error is kept and every failure of its own is swallowed.
+// Diagnostic log: off unless a file "UtilDbg.ini" beside the module turns it on. It never changes what an operation
+// does: the last error is kept and every failure of its own is swallowed.
 #pragma once
 
 #include <string>
@@ -35,9 +35,14 @@ void ReadLogConfiguration(LPCSTR lpszIniFile);
 void ResetLog();
 
 // What the calls below do once their gate is open. A text of more than 2047 characters is cut, and so is a line of more
-// than 1024; every line ends in CR LF.
+// than 1024 with its CR LF, which stays.
 PIKEL_LOG_FORMAT void WriteLogLine(const char* format, ...);
 void WriteErrorLogLine(DWORD dwCode, LPCSTR lpszSource, DWORD dwLine);
+
+/// The line writer below both: stamps a text and hands it to every sink that is on. No gate; exceptions leave it.
+/// @param lpszSource  path of a source file, whose name goes behind the text with the line; null for none
+/// @param nLine       its line; a negative one counts as none
+void WriteLogText(LPCSTR lpszText, LPCSTR lpszSource, INT nLine);
 
 }  // namespace pikel
 
@@ -46,10 +51,9 @@ void WriteErrorLogLine(DWORD dwCode, LPCSTR lpszSource, DWORD dwLine);
 /// Writes a line while the log is on. printf style.
 #define WriteLog(...) (::pikel::g_logSettings.debugEnabled ? ::pikel::WriteLogLine(__VA_ARGS__) : (void)0)
 /// Writes a line while the log is on at detail level.
-#define WriteLogDetail(...)                                                                  \
-    (::pikel::g_logSettings.debugEnabled && ::pikel::g_logSettings.logLevel > 1              \
-         ? ::pikel::WriteLogLine(__VA_ARGS__)                                                \
-         : (void)0)
+#define WriteLogDetail(...)                                                                                          \
+    (::pikel::g_logSettings.debugEnabled && ::pikel::g_logSettings.logLevel > 1 ? ::pikel::WriteLogLine(__VA_ARGS__) \
+                                                                                : (void)0)
 /// Writes the system's text of an error code with the place in the source; while the log is on.
 #define WriteErrorLog(code, source, line) \
     (::pikel::g_logSettings.debugEnabled ? ::pikel::WriteErrorLogLine(code, source, line) : (void)0)

@@ -61,6 +61,9 @@ struct OsIdentity : OsVersion {
 /// The record, built on first use and kept until the process ends.
 const OsIdentity& GetOsIdentity();
 
+/// Drops the record alone; ForgetSystemRecords drops all.
+void ForgetOsIdentity();
+
 /// OsClass of version fields; the classification alone, for any made-up values.
 DWORD ClassifyOs(DWORD dwPlatformId, DWORD dwMajorVersion, DWORD dwMinorVersion, DWORD dwBuildNumber);
 /// CpuClass of a dwProcessorType.
@@ -79,8 +82,8 @@ void KeepModule();
 /// The kept module; null before the first Initialize, which stands for the host program.
 HMODULE GetKeptModule();
 
-/// Drops the records of the running system, so that the next use builds them anew. For programs that run the library on
-/// several machines in turn, as the tests do.
+/// Drops the records of the running system (identity and route), so that the next use builds them anew. For programs
+/// that run the library on several machines in turn, as the tests do.
 void ForgetSystemRecords();
 
 }  // namespace pikel
