@@ -170,6 +170,48 @@ typedef struct _PRINTER_INFO_2A {
     DWORD AveragePPM;
 } PRINTER_INFO_2A, *PPRINTER_INFO_2A, *LPPRINTER_INFO_2A;
 
+/* setupapi.h: what the callback of a file queue is told of, and what it answers. */
+enum {
+    SPFILENOTIFY_STARTQUEUE = 0x1,
+    SPFILENOTIFY_ENDQUEUE = 0x2,
+    SPFILENOTIFY_STARTSUBQUEUE = 0x3,
+    SPFILENOTIFY_ENDSUBQUEUE = 0x4,
+    SPFILENOTIFY_STARTDELETE = 0x5,
+    SPFILENOTIFY_ENDDELETE = 0x6,
+    SPFILENOTIFY_DELETEERROR = 0x7,
+    SPFILENOTIFY_STARTRENAME = 0x8,
+    SPFILENOTIFY_ENDRENAME = 0x9,
+    SPFILENOTIFY_RENAMEERROR = 0xa,
+    SPFILENOTIFY_STARTCOPY = 0xb,
+    SPFILENOTIFY_ENDCOPY = 0xc,
+    SPFILENOTIFY_COPYERROR = 0xd,
+    SPFILENOTIFY_NEEDMEDIA = 0xe,
+    FILEOP_ABORT = 0,
+    FILEOP_DOIT = 1,
+    FILEOP_SKIP = 2,
+    FILEOP_RETRY = FILEOP_DOIT,
+    FILEOP_NEWPATH = 4,
+    FILEOP_COPY = 0
+};
+
+/* setupapi.h: Param1 of the notifications that concern one file. */
+typedef struct _FILEPATHS_A {
+    const char *Target;
+    const char *Source;
+    UINT Win32Error;
+    DWORD Flags;
+} FILEPATHS_A, *PFILEPATHS_A;
+
+/* setupapi.h: Param1 of SPFILENOTIFY_NEEDMEDIA. */
+typedef struct _SOURCE_MEDIA_A {
+    const char *Reserved;
+    const char *Tagfile;
+    const char *Description;
+    const char *SourcePath;
+    const char *SourceFile;
+    DWORD Flags;
+} SOURCE_MEDIA_A, *PSOURCE_MEDIA_A;
+
 /* setupapi.h: the callback of a file queue. Param1 and Param2 depend on the notification. */
 typedef UINT(CALLBACK *PSP_FILE_CALLBACK_A)(PVOID Context, UINT Notification, UINT_PTR Param1, UINT_PTR Param2);
 

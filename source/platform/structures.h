@@ -404,22 +404,6 @@ struct INFCONTEXT {
 };
 using PINFCONTEXT = INFCONTEXT*;
 
-struct FILEPATHS_A {
-    PCSTR Target;
-    PCSTR Source;
-    UINT Win32Error;
-    DWORD Flags;
-};
-
-struct SOURCE_MEDIA_A {
-    PCSTR Reserved;
-    PCSTR Tagfile;
-    PCSTR Description;
-    PCSTR SourcePath;
-    PCSTR SourceFile;
-    DWORD Flags;
-};
-
 struct SP_DEVINFO_DATA;
 using PSP_DEVINFO_DATA = SP_DEVINFO_DATA*;
 
@@ -436,25 +420,6 @@ enum : DWORD {
     SP_COPY_FORCE_NOOVERWRITE = 0x1000,
     SP_COPY_FORCE_NEWER = 0x2000,
     SPINST_REGISTRY = 0x4,
-    SPFILENOTIFY_STARTQUEUE = 1,
-    SPFILENOTIFY_ENDQUEUE = 2,
-    SPFILENOTIFY_STARTSUBQUEUE = 3,
-    SPFILENOTIFY_ENDSUBQUEUE = 4,
-    SPFILENOTIFY_STARTDELETE = 5,
-    SPFILENOTIFY_ENDDELETE = 6,
-    SPFILENOTIFY_DELETEERROR = 7,
-    SPFILENOTIFY_STARTRENAME = 8,
-    SPFILENOTIFY_ENDRENAME = 9,
-    SPFILENOTIFY_RENAMEERROR = 10,
-    SPFILENOTIFY_STARTCOPY = 11,
-    SPFILENOTIFY_ENDCOPY = 12,
-    SPFILENOTIFY_COPYERROR = 13,
-    SPFILENOTIFY_NEEDMEDIA = 14,
-    FILEOP_ABORT = 0,
-    FILEOP_DOIT = 1,
-    FILEOP_SKIP = 2,
-    FILEOP_NEWPATH = 4,
-    FILEOP_COPY = 0,
 };
 
 // ---- winuser.h ------------------------------------------------------------------------------------------------------
