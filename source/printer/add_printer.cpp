@@ -163,7 +163,7 @@ ConnectionAttempt ConnectTo(LPSTR lpszPrinterName) {
     }
     attempt.bFailed = true;
     attempt.dwCode = Platform().GetLastError();
-    WriteLog("PI_AddPrinter() - AddPrinterConnection(%d) -> next AddPrinter", static_cast<INT>(attempt.dwCode));
+    WriteLog("PI_AddPrinter() - AddPrinterConnection(%d) -> next AddPrinter", attempt.dwCode);
     attempt.bCancelled = HasOsClass(OsClassVista) && attempt.dwCode == ERROR_CANCELLED;
     return attempt;
 }
@@ -207,21 +207,21 @@ DWORD AddLocalPrinter(PrinterRecord* pRecord, const AddPrinterOptions* pOptions)
 DWORD AddPrinter9x(PrinterRecord* pRecord, LPSTR lpszServer, PrinterHandle& hPrinter) {
     WriteLog("AddPrinter9x() - Start");
     const DWORD dwCode = AddWith9xSettings(pRecord, lpszServer, hPrinter);
-    WriteLog("AddPrinter9x() - End(%d)", static_cast<INT>(dwCode));
+    WriteLog("AddPrinter9x() - End(%d)", dwCode);
     return dwCode;
 }
 
 DWORD AddPrinterNT(PrinterRecord* pRecord, LPSTR lpszServer, PrinterHandle& hPrinter) {
     WriteLog("AddPrinterNT() - Start");
     const DWORD dwCode = AddAsDefaultWhenFirst(pRecord, lpszServer, hPrinter);
-    WriteLog("AddPrinterNT() - End(%d)", static_cast<INT>(dwCode));
+    WriteLog("AddPrinterNT() - End(%d)", dwCode);
     return dwCode;
 }
 
 DWORD AddPrinter2k(PrinterRecord* pRecord, LPSTR lpszServer, PrinterHandle& hPrinter) {
     WriteLog("AddPrinter2k() - Start");
     const DWORD dwCode = AddAndCompleteFirst(pRecord, lpszServer, hPrinter);
-    WriteLog("AddPrinter2k() - End(%d)", static_cast<INT>(dwCode));
+    WriteLog("AddPrinter2k() - End(%d)", dwCode);
     return dwCode;
 }
 
@@ -245,7 +245,7 @@ DWORD DoAddPrinter(PrinterRecord* pRecord, const AddPrinterOptions* pOptions) {
     } else {
         devMode.Recover();
     }
-    WriteLog("DoAddPrinter End(%d)", static_cast<INT>(dwCode));
+    WriteLog("DoAddPrinter End(%d)", dwCode);
     return dwCode;
 }
 

@@ -293,7 +293,7 @@ DWORD DoGetDefaultPrinter(LPSTR lpszBuffer, DWORD dwSize) {
     }
     WriteLog("DoGetDefaultPrinter() Start");
     const DWORD dwCode = CallRoute(kGetDefaultPrinterRoutes, lpszBuffer, dwSize);
-    WriteLog("DoGetDefaultPrinter(%s) End(%d)", BoundedText(lpszBuffer, dwSize).c_str(), static_cast<INT>(dwCode));
+    WriteLog("DoGetDefaultPrinter(%s) End(%d)", BoundedText(lpszBuffer, dwSize).c_str(), dwCode);
     return dwCode;
 }
 
@@ -307,7 +307,7 @@ DWORD DoIsDefaultPrinter(LPCSTR lpszPrinterName) {
     }
     WriteLog("DoIsDefaultPrinter(%s) Start", lpszPrinterName);
     const DWORD dwAnswer = IsDefaultPrinter(lpszPrinterName);
-    WriteLog("DoIsDefaultPrinter() End(%d)", static_cast<INT>(dwAnswer));
+    WriteLog("DoIsDefaultPrinter() End(%d)", dwAnswer);
     return dwAnswer;
 }
 
@@ -315,7 +315,7 @@ DWORD SetDefaultPrinter9x(LPCSTR lpszPrinterName) {
     WriteLog("SetDefaultPrinter9x() - Start");
     PrinterHandle hPrinter;  // open until the end line is written
     const DWORD dwCode = SetDefaultFlag(lpszPrinterName, hPrinter);
-    WriteLog("SetDefaultPrinter9x() - End(%d)", static_cast<INT>(dwCode));
+    WriteLog("SetDefaultPrinter9x() - End(%d)", dwCode);
     return dwCode;
 }
 
@@ -324,14 +324,14 @@ DWORD SetDefaultPrinterNT(LPCSTR lpszPrinterName) {
     HeapBlock level2;
     RegistryKey key;  // open until the end line is written
     const DWORD dwCode = SetProfileDevice(lpszPrinterName, level2, key);
-    WriteLog("SetDefaultPrinterNT() - End(%d)", static_cast<INT>(dwCode));
+    WriteLog("SetDefaultPrinterNT() - End(%d)", dwCode);
     return dwCode;
 }
 
 DWORD SetDefaultPrinter2K(LPCSTR lpszPrinterName) {
     WriteLog("SetDefaultPrinter2K() - Start");
     const DWORD dwCode = SetThroughSpooler(lpszPrinterName);
-    WriteLog("SetDefaultPrinter2K() - End(%d)", static_cast<INT>(dwCode));
+    WriteLog("SetDefaultPrinter2K() - End(%d)", dwCode);
     return dwCode;
 }
 
@@ -341,7 +341,7 @@ DWORD DoSetDefaultPrinter(LPCSTR lpszPrinterName) {
     }
     WriteLog("DoSetDefaultPrinter(%s) Start", lpszPrinterName);
     const DWORD dwCode = CallRoute(kSetDefaultPrinterRoutes, lpszPrinterName);
-    WriteLog("DoSetDefaultPrinter End(%d)", static_cast<INT>(dwCode));
+    WriteLog("DoSetDefaultPrinter End(%d)", dwCode);
     return dwCode;
 }
 

@@ -15,10 +15,10 @@ DWORD EffectiveDevModeSwitch() {
 }
 
 DWORD DoSetEffectiveDevMode(DWORD dwValue) {
-    WriteLog("DoSetEffectiveDevMode( %d ) Start", static_cast<INT>(dwValue));
+    WriteLog("DoSetEffectiveDevMode( %d ) Start", dwValue);
     g_dwEffectiveDevModeSwitch = dwValue;
     const DWORD dwCode = ERROR_SUCCESS;
-    WriteLog("DoSetEffectiveDevMode End(%d)", static_cast<INT>(dwCode));
+    WriteLog("DoSetEffectiveDevMode End(%d)", dwCode);
     return dwCode;
 }
 

@@ -119,7 +119,7 @@ DWORD PI_CreatePort(LPCSTR lpSdkPath, LPCSTR portName, DWORD protocolFlag, LPCST
     if (request.portName.size() <= kMaxPortName) {
         dwCode = CreatePortThroughSdk(lpSdkPath, request, protocolFlag, byteCountFlag, result, size);
     }
-    WriteLog("PI_CreatePort End(%d)", static_cast<INT>(dwCode));
+    WriteLog("PI_CreatePort End(%d)", dwCode);
     return dwCode;
 }
 

@@ -39,13 +39,13 @@ DWORD WriteToRegistry(const PrinterValue& value, RegistryKey& key) {
     LSTATUS lCode = Platform().RegCreateKeyExA(HKEY_LOCAL_MACHINE, strPath.c_str(), 0, nullptr, REG_OPTION_NON_VOLATILE,
                                                KEY_READ | KEY_WRITE, nullptr, &hKey, nullptr);
     if (lCode != ERROR_SUCCESS) {
-        WriteLog("SetPrinterData9x-Open Error:%d", static_cast<INT>(lCode));
+        WriteLog("SetPrinterData9x-Open Error:%d", lCode);
         return static_cast<DWORD>(lCode);
     }
     key.Reset(hKey);
     lCode = Platform().RegSetValueExA(hKey, value.lpszValueName, 0, value.dwType, value.pData, value.cbData);
     if (lCode != ERROR_SUCCESS) {
-        WriteLog("SetPrinterData9x-SetValue Error:%d", static_cast<INT>(lCode));
+        WriteLog("SetPrinterData9x-SetValue Error:%d", lCode);
     }
     return static_cast<DWORD>(lCode);
 }
@@ -54,7 +54,7 @@ DWORD SetPrinterData9x(const PrinterValue& value) {
     WriteLog("SetPrinterData9x() - Start");
     RegistryKey key;  // open until the end line is written
     const DWORD dwCode = WriteToRegistry(value, key);
-    WriteLog("SetPrinterData9x() - End(%d)", static_cast<INT>(dwCode));
+    WriteLog("SetPrinterData9x() - End(%d)", dwCode);
     return dwCode;
 }
 
@@ -81,7 +81,7 @@ DWORD SetPrinterDataNT(const PrinterValue& value) {
     WriteLog("SetPrinterDataNT() - Start");
     PrinterHandle hPrinter;  // open until the end line is written
     const DWORD dwCode = WriteToDefaultKey(value, hPrinter);
-    WriteLog("SetPrinterDataNT() - End(%d)", static_cast<INT>(dwCode));
+    WriteLog("SetPrinterDataNT() - End(%d)", dwCode);
     return dwCode;
 }
 
@@ -113,7 +113,7 @@ DWORD WriteToKey(const PrinterValue& value) {
 DWORD SetPrinterData2k(const PrinterValue& value) {
     WriteLog("SetPrinterData2k() - Start");
     const DWORD dwCode = WriteToKey(value);
-    WriteLog("SetPrinterData2k() - End(%d)", static_cast<INT>(dwCode));
+    WriteLog("SetPrinterData2k() - End(%d)", dwCode);
     return dwCode;
 }
 

@@ -29,7 +29,7 @@ void RecordText(LPCSTR lpszPrinterName, LPCSTR lpszValueName, LPSTR lpszText, LP
     const DWORD dwCode = SetPrinterData(lpszPrinterName, "PnPData", lpszValueName, REG_SZ,
                                         reinterpret_cast<LPBYTE>(lpszText), cbText, ValueKindEvery);
     if (dwCode != ERROR_SUCCESS) {
-        WriteLog("AddRegistryData-SetPrinterData(%s) Error:%d", lpszLoggedName, static_cast<INT>(dwCode));
+        WriteLog("AddRegistryData-SetPrinterData(%s) Error:%d", lpszLoggedName, dwCode);
     }
 }
 
