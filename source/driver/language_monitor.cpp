@@ -1,0 +1,114 @@
+// Registers language monitors with the spooler.
+#include "driver/language_monitor.h"
+
+#include <string>
+
+#include "frame/log.h"
+#include "frame/os_identity.h"
+#include "frame/text.h"
+#include "platform/owned.h"
+
+namespace pikel {
+
+namespace {
+
+/// Lists the registered monitors.
+/// @param list [out]      *pdwCount records of MONITOR_INFO_1A with their texts, or empty for none
+/// @return 0; 8 without memory; else the spooler's code
+DWORD ListMonitors(HeapBlock& list, DWORD* pdwCount) {
+    *pdwCount = 0;
+    DWORD dwNeeded = 0;
+    if (Platform().EnumMonitorsA(nullptr, 1, nullptr, 0, &dwNeeded, pdwCount)) {
+        *pdwCount = 0;  // what fits into no buffer is no monitor
+        return 0;
+    }
+    DWORD dwStatus = Platform().GetLastError();
+    if (dwStatus != ERROR_INSUFFICIENT_BUFFER) {
+        return dwStatus;
+    }
+    HeapBlock block = AllocateHeap(dwNeeded);
+    if (!block) {
+        return ERROR_NOT_ENOUGH_MEMORY;
+    }
+    if (!Platform().EnumMonitorsA(nullptr, 1, static_cast<LPBYTE>(block.Get()), dwNeeded, &dwNeeded, pdwCount)) {
+        *pdwCount = 0;
+        return Platform().GetLastError();
+    }
+    list = std::move(block);
+    return 0;
+}
+
+/// A list that can't be had counts as one without the monitor: the spooler itself decides then.
+bool IsMonitorRegistered(LPCSTR lpszName) {
+    HeapBlock list;
+    DWORD dwCount = 0;
+    if (ListMonitors(list, &dwCount) != 0) {
+        return false;
+    }
+    const auto* pMonitors = static_cast<const MONITOR_INFO_1A*>(list.Get());
+    for (DWORD i = 0; i < dwCount; ++i) {
+        if (EqualNoCase(TextOrEmpty(pMonitors[i].pName), lpszName)) {
+            return true;
+        }
+    }
+    return false;
+}
+
+void ClearReadOnly(LPCSTR lpszPath) {
+    // A missing file has attributes of all ones and so reads as read-only; clearing the bit then fails unnoticed.
+    DWORD dwAttributes = Platform().GetFileAttributesA(lpszPath);
+    if ((dwAttributes & FILE_ATTRIBUTE_READONLY) != 0) {
+        Platform().SetFileAttributesA(lpszPath, dwAttributes & ~static_cast<DWORD>(FILE_ATTRIBUTE_READONLY));
+    }
+}
+
+/// True when somebody, as a rule the spooler, holds the DLL. Logs the verdict.
+bool IsMonitorLoaded(LPCSTR lpszPath) {
+    ClearReadOnly(lpszPath);
+    FileHandle file(Platform().CreateFileA(lpszPath, GENERIC_READ | GENERIC_WRITE, 0, nullptr, OPEN_EXISTING,
+                                           FILE_ATTRIBUTE_NORMAL, nullptr));
+    if (file) {
+        file.Reset();
+        WriteLog("...Monitor(%s) is not used", lpszPath);
+        return false;
+    }
+    DWORD dwCode = Platform().GetLastError();
+    if (dwCode == ERROR_SHARING_VIOLATION || dwCode == ERROR_LOCK_VIOLATION) {
+        WriteLog("...Monitor(%s) is used", lpszPath);
+        return true;
+    }
+    WriteLog("*** CreateFile(%s): Error(%d) ***", lpszPath, dwCode);
+    return false;
+}
+
+DWORD RegisterMonitor(const MONITOR_INFO_2A& monitorInfo) {
+    if (IsMonitorRegistered(monitorInfo.pName)) {
+        return 0;
+    }
+    std::string strPath = GetOsIdentity().systemDirectory + "\\" + TextOrEmpty(monitorInfo.pDLLName);
+    if (IsMonitorLoaded(strPath.c_str())) {
+        return 0;  // a loaded DLL counts as a monitor that is there
+    }
+    // The spooler only reads the record.
+    auto* pbInfo = reinterpret_cast<LPBYTE>(const_cast<MONITOR_INFO_2A*>(&monitorInfo));
+    if (!Platform().AddMonitorA(nullptr, 2, pbInfo)) {
+        DWORD dwStatus = Platform().GetLastError();
+        WriteLog("AddMonitor Error(%d)", dwStatus);
+        return dwStatus;
+    }
+    return 0;
+}
+
+}  // namespace
+
+DWORD AddLanguageMonitor(const MONITOR_INFO_2A* pMonitorInfo) {
+    if (pMonitorInfo == nullptr) {
+        return ERROR_INVALID_PARAMETER;
+    }
+    WriteLogDetail("AddLanguageMonitor() Start");
+    DWORD dwStatus = IsEmpty(pMonitorInfo->pName) ? 0 : RegisterMonitor(*pMonitorInfo);
+    WriteLogDetail("AddLanguageMonitor() End(%d)", dwStatus);
+    return dwStatus;
+}
+
+}  // namespace pikel
