@@ -8,6 +8,16 @@
 
 namespace pikel {
 
+/// Directory identifiers that the library knows; which directory each stands for depends on the system.
+enum DirID : DWORD {
+    DirIDWindows = 10,
+    DirIDSystem = 11,
+    DirIDColor = 23,
+    DirIDPrinterDriver = 66000,
+    DirIDSpoolerSystem = 66002,
+    DirIDSpoolerColor = 66003,
+};
+
 class CInfDestinationDirsSection {
  public:
     /// Reads one line. The fields are not reset first; 1359 when the key isn't there.

@@ -1,0 +1,49 @@
+// What the section classes share: the walk over a section's lines, numbers in INF text, and the form of their log.
+#pragma once
+
+#include <string>
+
+#include "platform/platform.h"
+
+namespace pikel {
+
+/// Visits the line that a context stands on and all that follow in its section, in file order. The first visit that
+/// fails ends the walk.
+/// @param visit  DWORD(INFCONTEXT&): status of one line
+/// @return 0 at the section's end, or the status of the visit that failed
+template <class Visit>
+DWORD WalkLinesFrom(INFCONTEXT& context, Visit visit) {
+    do {
+        const DWORD dwStatus = visit(context);
+        if (dwStatus != ERROR_SUCCESS) {
+            return dwStatus;
+        }
+    } while (Platform().SetupFindNextLine(&context, &context));
+    return ERROR_SUCCESS;
+}
+
+/// The same for all lines of a section.
+/// @return also the last error for a section that isn't there
+template <class Visit>
+DWORD WalkLines(HINF hInf, LPCSTR lpszSection, Visit visit) {
+    INFCONTEXT context{};
+    if (!Platform().SetupFindFirstLineA(hInf, lpszSection, nullptr, &context)) {
+        return Platform().GetLastError();
+    }
+    return WalkLinesFrom(context, visit);
+}
+
+/// The number at the start of a text, as atoi reads it: blanks, a sign, digits; 0 where there are none. A number that
+/// is too large keeps its low 32 bits, on every system.
+INT ParseNumber(LPCSTR lpszText);
+inline INT ParseNumber(const std::string& strText) {
+    return ParseNumber(strText.c_str());
+}
+
+/// Writes a value to the log between two banner lines, with an empty line behind.
+void WriteBanneredLog(LPCSTR lpszBanner, const std::string& strValue);
+
+/// Writes a line to the log that holds nothing but its stamp.
+void WriteEmptyLogLine();
+
+}  // namespace pikel
