@@ -36,7 +36,7 @@ std::string_view KindName(BlockKind kind) {
 
 /// Pointers with their kinds and sizes: open addressing with linear probing, at most half full.
 class PointerTable {
- public:
+  public:
     struct Entry {
         std::uintptr_t pointer = 0;  // 0: free
         std::uint32_t size = 0;
@@ -102,13 +102,15 @@ class PointerTable {
         }
     }
 
- private:
+  private:
     std::size_t Capacity() const { return std::size_t{1} << m_bits; }
     std::size_t Next(std::size_t place) const { return (place + 1) & (Capacity() - 1); }
     std::size_t Home(std::uintptr_t pointer) const {
-        // Blocks lie 16 bytes apart at least; the high bits of the product mix the rest.
-        return static_cast<std::size_t>((static_cast<std::uint64_t>(pointer) >> 4) * 0x9E3779B97F4A7C15ULL >>
-                                        (64 - m_bits));
+        // Blocks of one page of memory stay side by side, so that a run of allocations touches few lines of the table;
+        // the pages lie anywhere.
+        const auto address = static_cast<std::uint64_t>(pointer);
+        const std::uint64_t page = (address >> 12) * 0x9E3779B97F4A7C15ULL >> (64 - m_bits);
+        return static_cast<std::size_t>(page + (address >> 4 & 0xFF)) & (Capacity() - 1);
     }
     void Insert(Entry entry) {
         std::size_t place = Home(entry.pointer);

@@ -21,7 +21,7 @@ constexpr char16_t kNone = 0;
 
 /// Conversion descriptor of the C library.
 class Iconv {
- public:
+  public:
     Iconv(const char* to, const char* from) : m_descriptor(iconv_open(to, from)) {}
     ~Iconv() {
         if (IsOpen()) {
@@ -44,7 +44,7 @@ class Iconv {
         return result == 0 && inputSize == 0 ? outputSize - left : 0;
     }
 
- private:
+  private:
     iconv_t m_descriptor;
 };
 
@@ -66,12 +66,12 @@ struct CodePage {
     std::array<bool, 256> isLead{};
     std::array<char, 256> lower{};
     std::array<char16_t, 256> single{};
-    std::vector<char16_t> pairs;           ///< by lead byte * 256 + trail byte; empty for single-byte pages
+    std::vector<char16_t> pairs;          ///< by lead byte * 256 + trail byte; empty for single-byte pages
     std::vector<std::uint16_t> fromWide;  ///< by character: the byte, or lead byte * 256 + trail byte
 
     explicit CodePage(UINT id);
 
- private:
+  private:
     void ReadSingles(Iconv& toWide);
     void ReadPairs(Iconv& toWide);
     void AddWindowsOwn(UINT id);
@@ -135,8 +135,8 @@ void CodePage::ReadPairs(Iconv& toWide) {
     }
 }
 
-/// What Windows has beyond the C library: bytes without a character stand for control characters or private ones, so that
-/// every text of a single-byte page comes back as it was.
+/// What Windows has beyond the C library: bytes without a character stand for control characters or private ones, so
+/// that every text of a single-byte page comes back as it was.
 void CodePage::AddWindowsOwn(UINT id) {
     if (!doubleByte) {
         for (std::size_t byte = 0x80; byte < 256; ++byte) {

@@ -10,8 +10,8 @@ namespace pikel::simulated {
 
 namespace {
 
-constexpr UINT kThreadCodePage = 3;        // CP_THREAD_ACP
-constexpr DWORD kErrorOnInvalid = 0x8;     // MB_ERR_INVALID_CHARS
+constexpr UINT kThreadCodePage = 3;          // CP_THREAD_ACP
+constexpr DWORD kErrorOnInvalid = 0x8;       // MB_ERR_INVALID_CHARS
 constexpr DWORD kErrorOnInvalidWide = 0x80;  // WC_ERR_INVALID_CHARS
 
 /// The page that a number of a call stands for; 0 for one that isn't known.
@@ -88,8 +88,8 @@ int WINAPI WideCharToMultiByte(UINT CodePage, DWORD dwFlags, LPCWSTR lpWideCharS
         (cbMultiByte != 0 && lpMultiByteStr == nullptr)) {
         return Fail(ERROR_INVALID_PARAMETER, 0);
     }
-    const std::size_t size = cchWideChar == -1 ? std::char_traits<WCHAR>::length(lpWideCharStr) + 1
-                                               : static_cast<std::size_t>(cchWideChar);
+    const std::size_t size =
+        cchWideChar == -1 ? std::char_traits<WCHAR>::length(lpWideCharStr) + 1 : static_cast<std::size_t>(cchWideChar);
     bool replaced = false;
     const std::string text =
         FromWideWithDefault(page, std::u16string_view(lpWideCharStr, size), lpDefaultChar, &replaced);
