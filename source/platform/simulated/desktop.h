@@ -21,7 +21,7 @@ struct SentMessage {
 };
 
 class Desktop {
- public:
+  public:
     /// Opens a top-level window with a title.
     HWND OpenWindow(std::string_view title);
     void CloseWindow(HWND window);
@@ -35,7 +35,7 @@ class Desktop {
     std::deque<MSG> queue;
     std::vector<MSG> dispatched;
 
- private:
+  private:
     struct Window {
         HWND handle;
         std::string title;

@@ -44,7 +44,7 @@ struct SystemDescription {
     WORD servicePackMinor = 0;
     WORD suiteMask = 0;
     BYTE productType = 0;
-    DWORD processorType = 586;  ///< dwProcessorType: 586, 2200 IA64, 8664 x64
+    DWORD processorType = 586;     ///< dwProcessorType: 586, 2200 IA64, 8664 x64
     std::string windowsDirectory;  ///< "C:\WINDOWS", "C:\WINNT"
     std::string systemDirectory;
     std::string computerName;
@@ -60,12 +60,12 @@ const SystemDescription* FindSystem(std::string_view name);
 
 /// A machine folder that can't be made or read. The text names the file and says what to do.
 class MachineError : public std::runtime_error {
- public:
+  public:
     using std::runtime_error::runtime_error;
 };
 
 class Machine {
- public:
+  public:
     /// Makes a fresh machine in a folder that doesn't exist or is empty. Throws MachineError.
     static std::unique_ptr<Machine> Create(const std::filesystem::path& folder, const SystemDescription& system);
     /// Opens a machine. Throws MachineError when a file is missing or damaged; nothing is touched then.
@@ -95,7 +95,7 @@ class Machine {
 
     /// Milliseconds since the machine was opened; Sleep adds to it and takes no time.
     ULONGLONG Clock() const { return m_clock; }
-    void Advance(ULONGLONG milliseconds) { m_clock += milliseconds; }
+    void Advance(ULONGLONG milliseconds);
     /// The machine's local time: fixed by a test, else the host's, plus Clock().
     SYSTEMTIME LocalTime() const;
     void SetLocalTime(const SYSTEMTIME& time);
@@ -103,7 +103,7 @@ class Machine {
     /// Writes a changed registry to disk. Every operation that changes it calls this before it returns.
     void Commit();
 
- private:
+  private:
     Machine(std::filesystem::path folder, SystemDescription system);
 
     std::filesystem::path m_folder;
@@ -120,8 +120,8 @@ class Machine {
 };
 
 /// The machine that the operations work on. Without one made current, the machine that PIKEL_MACHINE names is opened on
-/// first use, or else a private xp machine is made in a temporary folder that goes with the process. A PIKEL_MACHINE that
-/// can't be opened ends the process with the reason on standard error: working on another machine would be worse.
+/// first use, or else a private xp machine is made in a temporary folder that goes with the process. A PIKEL_MACHINE
+/// that can't be opened ends the process with the reason on standard error: working on another machine would be worse.
 Machine& Current();
 /// Makes a machine current; null goes back to the default. The caller keeps it alive.
 void Use(Machine* machine);
