@@ -78,6 +78,18 @@ struct ReturnsPortFailure {
         return result != 0x10000;
     }
 };
+/// A negative HRESULT. A system code below 65536 is wrapped as COM wraps it.
+struct ReturnsHresult {
+    static constexpr bool kUsesLastError = false;
+    template <class Result>
+    static Result Value(DWORD code) {
+        return static_cast<Result>(code < 0x10000 ? 0x80070000 | code : code);
+    }
+    template <class Result>
+    static bool Failed(Result result) {
+        return result < 0;
+    }
+};
 /// No failure exists; the fault shim passes such calls on.
 struct CannotFail {
     static constexpr bool kUsesLastError = false;

@@ -34,6 +34,12 @@ using PBYTE = BYTE*;
 using PSTR = char*;
 using PCSTR = const char*;
 using LPBOOL = BOOL*;
+using HGLOBAL = HANDLE;
+using HDC = struct HDC__*;
+using PULONG = ULONG*;
+using HRESULT = LONG;
+using PSID = void*;
+using SCODE = LONG;
 
 inline const HANDLE INVALID_HANDLE_VALUE = reinterpret_cast<HANDLE>(static_cast<intptr_t>(-1));
 inline const HKEY HKEY_CLASSES_ROOT = reinterpret_cast<HKEY>(static_cast<uintptr_t>(0x80000000));
@@ -422,6 +428,37 @@ enum : DWORD {
     SPINST_REGISTRY = 0x4,
 };
 
+struct SP_INF_INFORMATION {
+    DWORD InfStyle;
+    DWORD InfCount;
+    BYTE VersionData[1];
+};
+using PSP_INF_INFORMATION = SP_INF_INFORMATION*;
+
+/// Param1 of SPFILENOTIFY_FILEINCABINET.
+struct FILE_IN_CABINET_INFO_A {
+    PCSTR NameInCabinet;
+    DWORD FileSize;
+    DWORD Win32Error;
+    WORD DosDate;
+    WORD DosTime;
+    WORD DosAttribs;
+    CHAR FullTargetName[MAX_PATH];
+};
+using PFILE_IN_CABINET_INFO_A = FILE_IN_CABINET_INFO_A*;
+enum : DWORD {
+    SPFILENOTIFY_CABINETINFO = 0x10,
+    SPFILENOTIFY_FILEINCABINET = 0x11,
+    SPFILENOTIFY_NEEDNEWCABINET = 0x12,
+    SPFILENOTIFY_FILEEXTRACTED = 0x13,
+    INFINFO_DEFAULT_SEARCH = 3,
+    SPOST_PATH = 1,
+    FILE_COMPRESSION_NONE = 0,
+    FILE_COMPRESSION_WINLZA = 1,
+    FILE_COMPRESSION_MSZIP = 2,
+    FILE_COMPRESSION_NTCAB = 3,
+};
+
 // ---- winuser.h ------------------------------------------------------------------------------------------------------
 struct POINT {
     LONG x;
@@ -439,3 +476,173 @@ using LPMSG = MSG*;
 inline constexpr UINT WM_SETTEXT = 0x000C;
 inline constexpr UINT WM_SETTINGCHANGE = 0x001A;
 inline constexpr UINT PM_REMOVE = 1;
+
+// ---- wingdi.h -------------------------------------------------------------------------------------------------------
+using ICMENUMPROCA = int(CALLBACK*)(LPSTR, LPARAM);
+
+// ---- guiddef.h, unknwn.h, shobjidl.h, objidl.h ----------------------------------------------------------------------
+struct GUID {
+    DWORD Data1;
+    WORD Data2;
+    WORD Data3;
+    BYTE Data4[8];
+};
+using LPGUID = GUID*;
+using IID = GUID;
+using CLSID = GUID;
+using REFIID = const IID&;
+using REFCLSID = const CLSID&;
+inline bool operator==(const GUID& left, const GUID& right) {
+    return left.Data1 == right.Data1 && left.Data2 == right.Data2 && left.Data3 == right.Data3 &&
+           __builtin_memcmp(left.Data4, right.Data4, sizeof left.Data4) == 0;
+}
+inline constexpr GUID IID_IUnknown = {0x00000000, 0, 0, {0xC0, 0, 0, 0, 0, 0, 0, 0x46}};
+inline constexpr GUID IID_IPersistFile = {0x0000010B, 0, 0, {0xC0, 0, 0, 0, 0, 0, 0, 0x46}};
+inline constexpr GUID IID_IShellLinkA = {0x000214EE, 0, 0, {0xC0, 0, 0, 0, 0, 0, 0, 0x46}};
+inline constexpr GUID CLSID_ShellLink = {0x00021401, 0, 0, {0xC0, 0, 0, 0, 0, 0, 0, 0x46}};
+inline constexpr DWORD CLSCTX_INPROC_SERVER = 1;
+inline constexpr HRESULT S_OK = 0;
+inline constexpr HRESULT S_FALSE = 1;
+inline constexpr HRESULT E_FAIL = static_cast<HRESULT>(0x80004005);
+inline constexpr HRESULT E_NOINTERFACE = static_cast<HRESULT>(0x80004002);
+inline constexpr HRESULT E_INVALIDARG = static_cast<HRESULT>(0x80070057);
+inline constexpr HRESULT CO_E_NOTINITIALIZED = static_cast<HRESULT>(0x800401F0);
+inline constexpr HRESULT REGDB_E_CLASSNOTREG = static_cast<HRESULT>(0x80040154);
+
+struct IUnknown {
+    virtual HRESULT WINAPI QueryInterface(REFIID riid, void** ppvObject) = 0;
+    virtual ULONG WINAPI AddRef() = 0;
+    virtual ULONG WINAPI Release() = 0;
+};
+using LPUNKNOWN = IUnknown*;
+
+struct IPersistFile : IUnknown {
+    virtual HRESULT WINAPI GetClassID(CLSID* pClassID) = 0;
+    virtual HRESULT WINAPI IsDirty() = 0;
+    virtual HRESULT WINAPI Load(LPCWSTR pszFileName, DWORD dwMode) = 0;
+    virtual HRESULT WINAPI Save(LPCWSTR pszFileName, BOOL fRemember) = 0;
+    virtual HRESULT WINAPI SaveCompleted(LPCWSTR pszFileName) = 0;
+    virtual HRESULT WINAPI GetCurFile(LPWSTR* ppszFileName) = 0;
+};
+
+/// In the published order of its methods. The item lists and find data of the shell are not used here.
+struct IShellLinkA : IUnknown {
+    virtual HRESULT WINAPI GetPath(LPSTR pszFile, int cch, WIN32_FIND_DATAA* pfd, DWORD fFlags) = 0;
+    virtual HRESULT WINAPI GetIDList(void** ppidl) = 0;
+    virtual HRESULT WINAPI SetIDList(const void* pidl) = 0;
+    virtual HRESULT WINAPI GetDescription(LPSTR pszName, int cch) = 0;
+    virtual HRESULT WINAPI SetDescription(LPCSTR pszName) = 0;
+    virtual HRESULT WINAPI GetWorkingDirectory(LPSTR pszDir, int cch) = 0;
+    virtual HRESULT WINAPI SetWorkingDirectory(LPCSTR pszDir) = 0;
+    virtual HRESULT WINAPI GetArguments(LPSTR pszArgs, int cch) = 0;
+    virtual HRESULT WINAPI SetArguments(LPCSTR pszArgs) = 0;
+    virtual HRESULT WINAPI GetHotkey(WORD* pwHotkey) = 0;
+    virtual HRESULT WINAPI SetHotkey(WORD wHotkey) = 0;
+    virtual HRESULT WINAPI GetShowCmd(int* piShowCmd) = 0;
+    virtual HRESULT WINAPI SetShowCmd(int iShowCmd) = 0;
+    virtual HRESULT WINAPI GetIconLocation(LPSTR pszIconPath, int cch, int* piIcon) = 0;
+    virtual HRESULT WINAPI SetIconLocation(LPCSTR pszIconPath, int iIcon) = 0;
+    virtual HRESULT WINAPI SetRelativePath(LPCSTR pszPathRel, DWORD dwReserved) = 0;
+    virtual HRESULT WINAPI Resolve(HWND hwnd, DWORD fFlags) = 0;
+    virtual HRESULT WINAPI SetPath(LPCSTR pszFile) = 0;
+};
+
+// ---- winnetwk.h -----------------------------------------------------------------------------------------------------
+struct NETRESOURCEA {
+    DWORD dwScope;
+    DWORD dwType;
+    DWORD dwDisplayType;
+    DWORD dwUsage;
+    LPSTR lpLocalName;
+    LPSTR lpRemoteName;
+    LPSTR lpComment;
+    LPSTR lpProvider;
+};
+using LPNETRESOURCEA = NETRESOURCEA*;
+enum : DWORD {
+    RESOURCE_GLOBALNET = 2,
+    RESOURCETYPE_ANY = 0,
+    RESOURCETYPE_DISK = 1,
+    RESOURCETYPE_PRINT = 2,
+    RESOURCEUSAGE_CONNECTABLE = 1,
+    RESOURCEUSAGE_CONTAINER = 2,
+    WNNC_NET_LANMAN = 0x20000,
+    WNNC_NET_NETWARE = 0x30000,
+    ERROR_EXTENDED_ERROR = 1208,
+    ERROR_NO_NETWORK = 1222,
+    NERR_DuplicateShare = 2118,
+    NERR_BufTooSmall = 2123,
+    NERR_NetNameNotFound = 2310,
+};
+
+// ---- winnt.h, accctrl.h: tokens and SIDs ----------------------------------------------------------------------------
+enum TOKEN_INFORMATION_CLASS : int { TokenUser = 1, TokenGroups = 2 };
+inline constexpr DWORD TOKEN_QUERY = 8;
+struct SID_IDENTIFIER_AUTHORITY {
+    BYTE Value[6];
+};
+using PSID_IDENTIFIER_AUTHORITY = SID_IDENTIFIER_AUTHORITY*;
+struct SID {
+    BYTE Revision;
+    BYTE SubAuthorityCount;
+    SID_IDENTIFIER_AUTHORITY IdentifierAuthority;
+    DWORD SubAuthority[1];
+};
+struct SID_AND_ATTRIBUTES {
+    PSID Sid;
+    DWORD Attributes;
+};
+struct TOKEN_GROUPS {
+    DWORD GroupCount;
+    SID_AND_ATTRIBUTES Groups[1];
+};
+enum : DWORD {
+    SE_GROUP_ENABLED = 4,
+    SE_GROUP_USE_FOR_DENY_ONLY = 16,
+    SDDL_REVISION_1 = 1,
+    SECURITY_BUILTIN_DOMAIN_RID = 0x20,
+    DOMAIN_ALIAS_RID_ADMINS = 0x220,
+};
+
+// ---- winspool.h, levels that only some operations use ---------------------------------------------------------------
+struct PRINTER_INFO_3A {
+    PSECURITY_DESCRIPTOR pSecurityDescriptor;
+};
+struct PRINTER_INFO_7A {
+    LPSTR pszObjectGUID;
+    DWORD dwAction;
+};
+struct PRINTER_INFO_8A {
+    LPDEVMODEA pDevMode;
+};
+enum : DWORD {
+    PRINTER_CONTROL_RESUME = 2,
+    PRINTER_CONTROL_PURGE = 3,
+    DSPRINT_PUBLISH = 1,
+    DSPRINT_UPDATE = 2,
+    DSPRINT_UNPUBLISH = 4,
+    DSPRINT_PENDING = 0x80000000,
+    DPD_DELETE_UNUSED_FILES = 1,
+    DPD_DELETE_SPECIFIC_VERSION = 2,
+    ERROR_ENVVAR_NOT_FOUND = 203,
+    ERROR_NO_TOKEN = 1008,
+    ERROR_RESOURCE_DATA_NOT_FOUND = 1812,
+    ERROR_RESOURCE_TYPE_NOT_FOUND = 1813,
+    ERROR_PRINTER_DRIVER_IN_USE = 3001,
+    PRINTER_ENUM_CONTAINER = 0x8000,
+    PRINTER_ENUM_ICON1 = 0x10000,
+    PRINTER_ENUM_ICON2 = 0x20000,
+    PRINTER_ENUM_ICON3 = 0x40000,
+    PRINTER_ENUM_ICON8 = 0x800000,
+};
+inline constexpr UINT GMEM_ZEROINIT = 0x40;
+
+// ---- shlobj.h -------------------------------------------------------------------------------------------------------
+enum : DWORD {
+    CSIDL_PROGRAMS = 2,
+    CSIDL_COMMON_PROGRAMS = 0x17,
+    SHCNE_NETSHARE = 0x200,
+    SHCNE_NETUNSHARE = 0x400,
+    SHCNE_UPDATEITEM = 0x2000,
+    SHCNF_PRINTERA = 2,
+};

@@ -54,7 +54,11 @@ bool IsBuffer(std::string_view operation, std::string_view parameter) {
 
 template <class Value>
 std::string Describe(std::string_view operation, std::string_view parameter, Value value) {
-    if constexpr (std::is_integral_v<Value>) {
+    if constexpr (std::is_class_v<Value>) {
+        return "&";  // passed by reference: class and interface identifiers
+    } else if constexpr (std::is_enum_v<Value>) {
+        return Hex(static_cast<std::uint64_t>(value));
+    } else if constexpr (std::is_integral_v<Value>) {
         return Hex(static_cast<std::uint64_t>(static_cast<std::make_unsigned_t<Value>>(value)));
     } else {
         auto address = static_cast<std::uint64_t>(reinterpret_cast<std::uintptr_t>(value));

@@ -10,6 +10,11 @@
 #include <setupapi.h>
 #include <shlwapi.h>
 #include <oleauto.h>
+#include <objbase.h>
+#include <shlobj.h>
+#include <winnetwk.h>
+#include <sddl.h>
+#include <icm.h>
 
 #undef GetPrinterData
 #undef SetPrinterData
@@ -21,3 +26,6 @@
 #undef AddPrinter
 #undef CreatePort
 #undef FormatMessage
+#undef DeletePrinterConnection
+#undef AddMonitor
+#undef DeleteMonitor
