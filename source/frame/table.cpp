@@ -1,0 +1,169 @@
+// The table of operations and the one exported function: the top of the library, which joins the subsystems' workers to
+// the slots that an installer calls.
+#include "deploy/copy_inf_driver_files.h"
+#include "deploy/driver_list.h"
+#include "deploy/inf_info.h"
+#include "driver/add_printer_driver.h"
+#include "frame/os_identity.h"
+#include "frame/os_route.h"
+#include "frame/pikel.h"
+#include "frame/wrapper.h"
+#include "platform/platform.h"
+#include "printer/add_printer.h"
+#include "printer/default_printer.h"
+#include "printer/effective_dev_mode.h"
+#include "printer/port.h"
+
+namespace pikel {
+namespace {
+
+// ---- slots 0 to 2: bring-up, tear-down and memory, without the form of the others -----------------------------------
+
+/// Initialize calls less Shutdown calls. Unguarded: a Shutdown without Initialize leaves it at 0xFFFFFFFF, and the next
+/// Initialize, which then isn't the step from 0 to 1, does no work. Installers rely on the plain count.
+DWORD g_dwUseCount = 0;
+
+/// Slot 0. The log line comes after the work, because the work is what turns the log on.
+struct PI_KEL_Initialize_Slot {
+    static DWORD Run() {
+        if (++g_dwUseCount == 1) {
+            KeepModule();
+            RunGuarded([] {
+                ReadLogConfiguration(nullptr);
+                GetOsIdentity();
+                return DWORD(0);
+            });
+        }
+        WriteLog("PI_KEL_Initialize ");
+        return 0;
+    }
+};
+
+/// Slot 1. The log line comes before the work, which turns the log off.
+struct PI_KEL_Shutdown_Slot {
+    static DWORD Run() {
+        WriteLog("PI_KEL_Shutdown");
+        if (--g_dwUseCount == 0) {
+            ResetLog();
+        }
+        return 0;
+    }
+};
+
+/// Slot 2.
+struct PI_KEL_FreeMemory_Slot {
+    static BOOL Run(LPVOID block) { return Platform().HeapFree(Platform().GetProcessHeap(), 0, block); }
+};
+
+// ---- workers that choose a route or keep a text ----------------------------------------------------------------------
+
+/// Slot 3: the Print UI route where the caller asks for it, else the direct one, for which the record alone counts.
+DWORD AddPrinterDriverByRoute(LPCSTR /*infPath*/, LPCSTR /*modelName*/, DWORD /*driverVersion*/, DWORD /*processor*/,
+                              const DriverAddRecord* record, INT usePrintUI) {
+    if (usePrintUI != 0) {
+        // The Print UI route itself isn't served yet.
+        return IsPrintUIUsable() ? ERROR_CALL_NOT_IMPLEMENTED : ERROR_INVALID_PARAMETER;
+    }
+    return DoAddPrinterDriver(nullptr, record);
+}
+
+DWORD GetInfInfoKept(LPCSTR lpcInfPath, LPCSTR lpDriverName, DWORD dwArchitecture, DWORD dwMajorVersion,
+                     DWORD dwMinorVersion, DriverAddRecord** ppRecord) {
+    KeptText infPath(lpcInfPath);
+    return DoGetInfInfo(infPath.Get(), lpDriverName, dwArchitecture, dwMajorVersion, dwMinorVersion, ppRecord);
+}
+
+DWORD CopyInfDriverFilesKept(LPCSTR lpszInfPath, LPCSTR driverName, PSP_FILE_CALLBACK_A queueCallback,
+                             DWORD dwArchitecture, INT dwMajorVersion, DWORD dwMinorVersion, HWND ownerWindow,
+                             HWND progressWindow) {
+    KeptText infPath(lpszInfPath);
+    return PI_CopyInfDriverFiles(infPath.Get(), driverName, queueCallback, dwArchitecture, dwMajorVersion,
+                                 dwMinorVersion, ownerWindow, progressWindow);
+}
+
+// ---- slots from 3 on -------------------------------------------------------------------------------------------------
+
+STATUS_SLOT(PI_KEL_AddPrinterDriver, PIKEL_PREFIX_DRIVER_ADD, AddPrinterDriverByRoute)
+STATUS_SLOT(PI_KEL_GetInfInfo, PIKEL_PREFIX_INF_READ, GetInfInfoKept)
+STATUS_SLOT(PI_KEL_CopyInfDriverFiles, PIKEL_PREFIX_FILE_COPY, CopyInfDriverFilesKept)
+STATUS_SLOT(PI_KEL_GetDriverListFromInf, PIKEL_PREFIX_INF_READ, PI_GetDriverListFromInf)
+STATUS_SLOT(PI_KEL_CreatePort, PIKEL_PREFIX_PORT, PI_CreatePort)
+STATUS_SLOT(PI_KEL_AddPrinter, PIKEL_PREFIX_PRINTER_ADD, DoAddPrinter)
+STATUS_SLOT(PI_KEL_SetDefaultPrinter, PIKEL_PREFIX_GENERAL, DoSetDefaultPrinter)
+STATUS_SLOT(PI_KEL_GetDefaultPrinter, PIKEL_PREFIX_GENERAL, DoGetDefaultPrinter)
+// The yes of this one is a code like any other: a default printer gives 0x90010001.
+STATUS_SLOT(PI_KEL_IsDefaultPrinter, PIKEL_PREFIX_GENERAL, DoIsDefaultPrinter)
+
+/// Slot 38: its start line carries the argument, and it can't fail.
+struct PI_KEL_SetEffectiveDevMode_Slot {
+    static DWORD Run(DWORD flag) {
+        WriteLog("PI_KEL_SetEffectiveDevMode( %d ) Start", static_cast<int>(flag));
+        DoSetEffectiveDevMode(flag);
+        WriteLog("PI_KEL_SetEffectiveDevMode End:(0x%08x)", 0u);
+        WriteLog("%s", "");
+        return 0;
+    }
+};
+
+template <class... Arguments>
+DWORD NotServed(Arguments...) {
+    return ERROR_CALL_NOT_IMPLEMENTED;
+}
+#define UNSERVED_STATUS(operation, startName, prefix) STATUS_SLOT_STARTING_AS(operation, startName, prefix, NotServed)
+#define UNSERVED_VALUE(operation) VALUE_SLOT(operation, NotServed)
+#include "frame/unserved.def"
+
+/// The order is the calling contract with installers.
+constexpr PI_KEL_Interface kInterface = {
+    SLOT(PI_KEL_Initialize),                    // 0
+    SLOT(PI_KEL_Shutdown),                      // 1
+    SLOT(PI_KEL_FreeMemory),                    // 2
+    SLOT(PI_KEL_AddPrinterDriver),              // 3
+    SLOT(PI_KEL_DeletePrinterDriver),           // 4
+    SLOT(PI_KEL_IsDriverFileLoaded),            // 5
+    SLOT(PI_KEL_GetDriverFileVersion),          // 6
+    SLOT(PI_KEL_CheckDriverFileVersion),        // 7
+    SLOT(PI_KEL_GetInfInfo),                    // 8
+    SLOT(PI_KEL_GetDriverFileNameFromInf),      // 9
+    SLOT(PI_KEL_CopyInfDriverFiles),            // 10
+    SLOT(PI_KEL_GetDriverListFromInf),          // 11
+    SLOT(PI_KEL_InfFileCopy),                   // 12
+    SLOT(PI_KEL_GetInstalledInfName),           // 13
+    SLOT(PI_KEL_EnumNetResources),              // 14
+    SLOT(PI_KEL_CreatePort),                    // 15
+    SLOT(PI_KEL_GetPrinter),                    // 16
+    SLOT(PI_KEL_SetPrinter),                    // 17
+    SLOT(PI_KEL_AddPrinter),                    // 18
+    SLOT(PI_KEL_DeletePrinter),                 // 19
+    SLOT(PI_KEL_IsAdministrators),              // 20
+    SLOT(PI_KEL_CreateShortCut),                // 21
+    SLOT(PI_KEL_ExtractCabFile),                // 22
+    SLOT(PI_KEL_IsValidInfFile),                // 23
+    SLOT(PI_KEL_GetInfOsVersion),               // 24
+    SLOT(PI_KEL_CopyInfDriverFilesToLocal),     // 25
+    SLOT(PI_KEL_RunPrintUI),                    // 26
+    SLOT(PI_KEL_DeletePrinterWithoutShareReg),  // 27
+    SLOT(PI_KEL_GetResourceStrFromPrintUI),     // 28
+    SLOT(PI_KEL_InstallPrinterToPrintUI),       // 29
+    SLOT(PI_KEL_UninstallPrinter),              // 30
+    SLOT(PI_KEL_CopyInfDriverFilesEx),          // 31
+    SLOT(PI_KEL_CopyDriverFileToHWIDFolder),    // 32
+    SLOT(PI_KEL_ControlRegistory),              // 33
+    SLOT(PI_KEL_SetDefaultPrinter),             // 34
+    SLOT(PI_KEL_EnumDriverFiles),               // 35
+    SLOT(PI_KEL_GetCustomizeInfo),              // 36
+    SLOT(PI_KEL_GetCopyDriverFilesSize),        // 37
+    SLOT(PI_KEL_SetEffectiveDevMode),           // 38
+    SLOT(PI_KEL_CopyMonitorFile),               // 39
+    SLOT(PI_KEL_GetDefaultPrinter),             // 40
+    SLOT(PI_KEL_IsDefaultPrinter),              // 41
+    SLOT(PI_KEL_GetCATFileInfo),                // 42
+};
+static_assert(sizeof(PI_KEL_Interface) == 43 * sizeof(void*));
+
+}  // namespace
+}  // namespace pikel
+
+extern "C" const PI_KEL_Interface* WINAPI PI_KEL_GetInterface(DWORD version) {
+    return version == PIKEL_INTERFACE_VERSION ? &pikel::kInterface : nullptr;
+}

@@ -1,0 +1,96 @@
+// The form that every slot of the table from 3 on has: a start line, the work, a non-zero code ORed with the slot's
+// prefix, an end line and a blank line. No exception leaves the table.
+#pragma once
+
+#include <new>
+#include <optional>
+#include <string>
+
+#include "frame/log.h"
+#include "frame/pikel.h"
+
+namespace pikel {
+
+/// Runs a slot's work and turns what it throws into a code: 8 for lack of memory, 1359 for anything else.
+template <class Work>
+DWORD RunGuarded(Work&& work) {
+    try {
+        return work();
+    } catch (const std::bad_alloc&) {
+        return ERROR_NOT_ENOUGH_MEMORY;
+    } catch (...) {
+        return ERROR_INTERNAL_ERROR;
+    }
+}
+
+/// The whole 32-bit code is ORed; nothing is masked first.
+inline PiStatus ToStatus(DWORD dwCode, DWORD dwPrefix) { return dwCode == 0 ? 0 : dwCode | dwPrefix; }
+
+/// The common form for a slot with a status.
+template <class Work>
+PiStatus RunStatusSlot(const char* startName, const char* name, DWORD dwPrefix, Work&& work) {
+    WriteLog("%s Start", startName);
+    PiStatus status = ToStatus(RunGuarded(work), dwPrefix);
+    WriteLog("%s End:(0x%08x)", name, status);
+    WriteLog("%s", "");
+    return status;
+}
+
+/// The common form for a slot with a plain value.
+template <class Work>
+DWORD RunValueSlot(const char* name, Work&& work) {
+    WriteLog("%s Start", name);
+    DWORD dwValue = RunGuarded(work);
+    WriteLog("%s End:(%d)", name, static_cast<int>(dwValue));
+    WriteLog("%s", "");
+    return dwValue;
+}
+
+/// A text argument kept for the length of a call. A null pointer stays null, an empty text stays an empty text.
+class KeptText {
+ public:
+    explicit KeptText(LPCSTR lpszText) {
+        if (lpszText != nullptr) {
+            m_strText = lpszText;
+        }
+    }
+    LPCSTR Get() const { return m_strText ? m_strText->c_str() : nullptr; }
+
+ private:
+    std::optional<std::string> m_strText;
+};
+
+/// The function that stands in the table for a slot. Slot tells kName and Run; Pointer is the member's type.
+template <class Slot, class Pointer>
+struct SlotFunction;
+
+template <class Slot, class Result, class... Parameters>
+struct SlotFunction<Slot, Result(WINAPI*)(Parameters...)> {
+    static Result WINAPI Call(Parameters... arguments) { return Slot::Run(arguments...); }
+};
+
+}  // namespace pikel
+
+/// Declares a slot of the common form with a status. work is called with the slot's arguments.
+#define STATUS_SLOT(operation, prefix, work) STATUS_SLOT_STARTING_AS(operation, #operation, prefix, work)
+
+/// The same for a slot whose start line bears another name.
+#define STATUS_SLOT_STARTING_AS(operation, startName, prefix, work)                                     \
+    struct operation##_Slot {                                                                           \
+        template <class... Arguments>                                                                   \
+        static PiStatus Run(Arguments... arguments) {                                                   \
+            return RunStatusSlot(startName, #operation, prefix, [&] { return DWORD(work(arguments...)); }); \
+        }                                                                                               \
+    };
+
+/// Declares a slot of the common form with a plain value.
+#define VALUE_SLOT(operation, work)                                                          \
+    struct operation##_Slot {                                                                \
+        template <class... Arguments>                                                        \
+        static DWORD Run(Arguments... arguments) {                                           \
+            return RunValueSlot(#operation, [&] { return DWORD(work(arguments...)); });      \
+        }                                                                                    \
+    };
+
+/// The function of a declared slot, for the table.
+#define SLOT(operation) &SlotFunction<operation##_Slot, decltype(PI_KEL_Interface::operation)>::Call

@@ -1,0 +1,274 @@
+// The table of operations: its version check, its slots, the frame round every call, bring-up and tear-down.
+#include <cstring>
+#include <string>
+#include <vector>
+
+#include "frame/log.h"
+#include "frame/os_identity.h"
+#include "frame/pikel.h"
+#include "support/machine_test.h"
+
+namespace pikel::testing_support {
+namespace {
+
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+
+const PI_KEL_Interface& Table() { return *PI_KEL_GetInterface(PIKEL_INTERFACE_VERSION); }
+
+constexpr char kIniPath[] = "C:\\Program Files\\pikel\\UtilDbg.ini";
+constexpr char kLogPath[] = "C:\\Program Files\\pikel\\UtilDbg.txt";
+
+struct SlotCase {
+    const char* name;
+    std::size_t offset;
+};
+#define SLOT_CASE(operation) SlotCase{#operation, offsetof(PI_KEL_Interface, operation)}
+
+/// The slots in their order, as installers know them.
+const std::vector<SlotCase> kSlots = {
+    SLOT_CASE(PI_KEL_Initialize),
+    SLOT_CASE(PI_KEL_Shutdown),
+    SLOT_CASE(PI_KEL_FreeMemory),
+    SLOT_CASE(PI_KEL_AddPrinterDriver),
+    SLOT_CASE(PI_KEL_DeletePrinterDriver),
+    SLOT_CASE(PI_KEL_IsDriverFileLoaded),
+    SLOT_CASE(PI_KEL_GetDriverFileVersion),
+    SLOT_CASE(PI_KEL_CheckDriverFileVersion),
+    SLOT_CASE(PI_KEL_GetInfInfo),
+    SLOT_CASE(PI_KEL_GetDriverFileNameFromInf),
+    SLOT_CASE(PI_KEL_CopyInfDriverFiles),
+    SLOT_CASE(PI_KEL_GetDriverListFromInf),
+    SLOT_CASE(PI_KEL_InfFileCopy),
+    SLOT_CASE(PI_KEL_GetInstalledInfName),
+    SLOT_CASE(PI_KEL_EnumNetResources),
+    SLOT_CASE(PI_KEL_CreatePort),
+    SLOT_CASE(PI_KEL_GetPrinter),
+    SLOT_CASE(PI_KEL_SetPrinter),
+    SLOT_CASE(PI_KEL_AddPrinter),
+    SLOT_CASE(PI_KEL_DeletePrinter),
+    SLOT_CASE(PI_KEL_IsAdministrators),
+    SLOT_CASE(PI_KEL_CreateShortCut),
+    SLOT_CASE(PI_KEL_ExtractCabFile),
+    SLOT_CASE(PI_KEL_IsValidInfFile),
+    SLOT_CASE(PI_KEL_GetInfOsVersion),
+    SLOT_CASE(PI_KEL_CopyInfDriverFilesToLocal),
+    SLOT_CASE(PI_KEL_RunPrintUI),
+    SLOT_CASE(PI_KEL_DeletePrinterWithoutShareReg),
+    SLOT_CASE(PI_KEL_GetResourceStrFromPrintUI),
+    SLOT_CASE(PI_KEL_InstallPrinterToPrintUI),
+    SLOT_CASE(PI_KEL_UninstallPrinter),
+    SLOT_CASE(PI_KEL_CopyInfDriverFilesEx),
+    SLOT_CASE(PI_KEL_CopyDriverFileToHWIDFolder),
+    SLOT_CASE(PI_KEL_ControlRegistory),
+    SLOT_CASE(PI_KEL_SetDefaultPrinter),
+    SLOT_CASE(PI_KEL_EnumDriverFiles),
+    SLOT_CASE(PI_KEL_GetCustomizeInfo),
+    SLOT_CASE(PI_KEL_GetCopyDriverFilesSize),
+    SLOT_CASE(PI_KEL_SetEffectiveDevMode),
+    SLOT_CASE(PI_KEL_CopyMonitorFile),
+    SLOT_CASE(PI_KEL_GetDefaultPrinter),
+    SLOT_CASE(PI_KEL_IsDefaultPrinter),
+    SLOT_CASE(PI_KEL_GetCATFileInfo),
+};
+
+class TableTest : public MachineTest {
+ protected:
+    ~TableTest() override {
+        // A test that fails between bring-up and tear-down must not leave its count to the next one.
+        for (; m_initialized > 0; --m_initialized) {
+            Table().PI_KEL_Shutdown();
+        }
+    }
+
+    void Initialize() {
+        EXPECT_EQ(Table().PI_KEL_Initialize(), 0u);
+        ++m_initialized;
+    }
+    void Shutdown() {
+        EXPECT_EQ(Table().PI_KEL_Shutdown(), 0u);
+        --m_initialized;
+    }
+    void WriteLogConfiguration() {
+        WriteFileOn(Machine(), kIniPath, "[DEBUG]\r\npikel.dll=LIB\r\n[LIB]\r\nDEBUG=ON\r\nLOG=ON\r\n");
+    }
+    /// Messages of the log that UtilDbg.ini turned on.
+    std::vector<std::string> Messages() {
+        std::vector<std::string> messages;
+        std::string text = Machine().Files().Read(kLogPath).value_or("");
+        constexpr std::size_t kStamp = sizeof("[--- Date:MM/DD/YY , Time:HH:MM:SS ---]  ") - 1;
+        for (std::size_t start = 0, end; (end = text.find("\r\n", start)) != std::string::npos; start = end + 2) {
+            messages.push_back(text.substr(start + kStamp, end - start - kStamp));
+        }
+        return messages;
+    }
+
+ private:
+    int m_initialized = 0;
+};
+
+TEST_F(TableTest, OnlyVersion0x100Exists) {
+    EXPECT_NE(PI_KEL_GetInterface(0x100), nullptr);
+    EXPECT_EQ(PI_KEL_GetInterface(0x100), PI_KEL_GetInterface(0x100)) << "the address is the same each time";
+    for (DWORD version : {0u, 1u, 0xFFu, 0x101u, 0x200u, 0x10100u, 0xFFFFFFFFu}) {
+        EXPECT_EQ(PI_KEL_GetInterface(version), nullptr) << version;
+    }
+    EXPECT_THAT(Test().TakeCalls(), IsEmpty());
+}
+
+TEST_F(TableTest, SlotsStandInTheirOrderAndNoneIsNull) {
+    ASSERT_EQ(kSlots.size(), 43u);
+    for (std::size_t slot = 0; slot < kSlots.size(); ++slot) {
+        EXPECT_EQ(kSlots[slot].offset, slot * sizeof(void*)) << kSlots[slot].name;
+        void* function = nullptr;
+        std::memcpy(&function, reinterpret_cast<const char*>(&Table()) + kSlots[slot].offset, sizeof function);
+        EXPECT_NE(function, nullptr) << kSlots[slot].name;
+    }
+}
+
+TEST_F(TableTest, FreeMemoryReturnsWhatHeapFreeReturns) {
+    void* block = Platform().HeapAlloc(Platform().GetProcessHeap(), HEAP_ZERO_MEMORY, 10);
+    EXPECT_NE(Table().PI_KEL_FreeMemory(block), FALSE);
+    EXPECT_EQ(Machine().Heap().OpenCount(), 0u);
+    int notABlock = 0;
+    EXPECT_EQ(Table().PI_KEL_FreeMemory(&notABlock), FALSE);
+    Test().AllowOpen();
+}
+
+TEST_F(TableTest, WithoutConfigurationNothingIsWritten) {
+    Initialize();
+    EXPECT_EQ(Table().PI_KEL_GetDefaultPrinter(nullptr, 0), 0x90010057u);
+    Shutdown();
+    EXPECT_FALSE(Machine().Files().Exists(kLogPath));
+    EXPECT_TRUE(g_logSettings.logFilePath.empty());
+}
+
+TEST_F(TableTest, BringUpLogsAfterItsWorkAndTearDownBefore) {
+    WriteLogConfiguration();
+    Initialize();
+    EXPECT_THAT(Messages(), ElementsAre("PI_KEL_Initialize "));
+    Shutdown();
+    EXPECT_THAT(Messages(), ElementsAre("PI_KEL_Initialize ", "PI_KEL_Shutdown"));
+    EXPECT_FALSE(g_logSettings.debugEnabled);
+}
+
+TEST_F(TableTest, TheSecondShutdownOfTwoInitializesClosesTheLog) {
+    WriteLogConfiguration();
+    Initialize();
+    Initialize();
+    Shutdown();
+    EXPECT_TRUE(g_logSettings.debugEnabled);
+    Shutdown();
+    EXPECT_FALSE(g_logSettings.debugEnabled);
+}
+
+TEST_F(TableTest, AShutdownWithoutInitializeMakesTheNextInitializeDoNoWork) {
+    WriteLogConfiguration();
+    Table().PI_KEL_Shutdown();
+    EXPECT_EQ(Table().PI_KEL_Initialize(), 0u);
+    EXPECT_FALSE(g_logSettings.debugEnabled) << "the count came to 0, which isn't the step to 1";
+    Initialize();
+    EXPECT_TRUE(g_logSettings.debugEnabled);
+    Shutdown();
+    EXPECT_FALSE(g_logSettings.debugEnabled);
+}
+
+TEST_F(TableTest, AChangedConfigurationTakesEffectAtTheNextFirstInitialize) {
+    Initialize();
+    WriteLogConfiguration();
+    Initialize();
+    EXPECT_FALSE(g_logSettings.debugEnabled);
+    Shutdown();
+    Shutdown();
+    Initialize();
+    EXPECT_TRUE(g_logSettings.debugEnabled);
+}
+
+TEST_F(TableTest, InitializeKnowsTheModulesPath) {
+    Initialize();
+    EXPECT_EQ(GetOsIdentity().moduleFilePath, Machine().ModulePath());
+}
+
+TEST_F(TableTest, AStatusSlotLogsStartEndAndABlankLine) {
+    Test().TurnLogOn(1);
+    EXPECT_EQ(Table().PI_KEL_GetDefaultPrinter(nullptr, 0), 0x90010057u);
+    EXPECT_THAT(Test().TakeLog(),
+                ElementsAre("PI_KEL_GetDefaultPrinter Start", "PI_KEL_GetDefaultPrinter End:(0x90010057)", ""));
+}
+
+TEST_F(TableTest, SetEffectiveDevModeCarriesItsArgumentInTheStartLine) {
+    Test().TurnLogOn(1);
+    EXPECT_EQ(Table().PI_KEL_SetEffectiveDevMode(7), 0u);
+    EXPECT_THAT(Test().TakeLog(), ElementsAre("PI_KEL_SetEffectiveDevMode( 7 ) Start",
+                                              "DoSetEffectiveDevMode( 7 ) Start", "DoSetEffectiveDevMode End(0)",
+                                              "PI_KEL_SetEffectiveDevMode End:(0x00000000)", ""));
+    EXPECT_EQ(Table().PI_KEL_SetEffectiveDevMode(1), 0u);
+}
+
+// The slots without a worker so far, called through the table with the zeros that their types allow.
+template <class Result, class... Parameters>
+Result CallWithZeros(Result(WINAPI* operation)(Parameters...)) {
+    return operation(Parameters{}...);
+}
+
+TEST_F(TableTest, ASlotWithoutWorkerSaysSo) {
+    Test().TurnLogOn(1);
+#define UNSERVED_STATUS(operation, startName, prefix)                            \
+    EXPECT_EQ(CallWithZeros(Table().operation), (prefix | 120u)) << #operation; \
+    EXPECT_EQ(Test().TakeLog()[0], startName " Start");
+#define UNSERVED_VALUE(operation)                                            \
+    EXPECT_EQ(CallWithZeros(Table().operation), 120u) << #operation;         \
+    EXPECT_THAT(Test().TakeLog(), ElementsAre(#operation " Start", #operation " End:(120)", ""));
+#include "frame/unserved.def"
+}
+
+TEST_F(TableTest, TheLocalCopyWithLocksStartsUnderTheNameOfThePlainLocalCopy) {
+    Test().TurnLogOn(1);
+    PiStatus status = Table().PI_KEL_CopyInfDriverFilesEx(nullptr, nullptr, 0, nullptr, nullptr, 0, 0, 0);
+    std::vector<std::string> log = Test().TakeLog();
+    ASSERT_GE(log.size(), 3u);
+    EXPECT_EQ(log.front(), "PI_KEL_CopyInfDriverFilesToLocal Start");
+    char end[64];
+    std::snprintf(end, sizeof end, "PI_KEL_CopyInfDriverFilesEx End:(0x%08x)", status);
+    EXPECT_EQ(log[log.size() - 2], end);
+    EXPECT_EQ(log.back(), "");
+}
+
+TEST_F(TableTest, TheWholeCodeIsOredWithThePrefix) {
+    // A Setup API code keeps its high bits.
+    ReplacedOperations replaced;
+    replaced.table.SetupOpenInfFileA = [](PCSTR, PCSTR, DWORD, PUINT) -> HINF {
+        Platform().SetLastError(0xE0000100);
+        return INVALID_HANDLE_VALUE;
+    };
+    LPSTR* list = nullptr;
+    DWORD count = 1;
+    EXPECT_EQ(Table().PI_KEL_GetDriverListFromInf("C:\\x.inf", 3, 5, 1, &list, &count), 0x90120000u | 0xE0000100u);
+    EXPECT_EQ(list, nullptr);
+    EXPECT_EQ(count, 0u);
+}
+
+TEST_F(TableTest, NoExceptionLeavesTheTable) {
+    ReplacedOperations replaced;
+    replaced.table.SetupOpenInfFileA = [](PCSTR, PCSTR, DWORD, PUINT) -> HINF { throw std::bad_alloc(); };
+    LPSTR* list = nullptr;
+    DWORD count = 0;
+    EXPECT_EQ(Table().PI_KEL_GetDriverListFromInf("C:\\x.inf", 3, 5, 1, &list, &count), 0x90120008u);
+    replaced.table.SetupOpenInfFileA = [](PCSTR, PCSTR, DWORD, PUINT) -> HINF { throw 1; };
+    EXPECT_EQ(Table().PI_KEL_GetDriverListFromInf("C:\\x.inf", 3, 5, 1, &list, &count), 0x90120000u | 1359u);
+}
+
+class PrintUIRoute : public EverySystemTest {};
+
+TEST_P(PrintUIRoute, IsRefusedWhereThereIsNone) {
+    bool usable = GetParam() != "win95" && GetParam() != "win98" && GetParam() != "winme" && GetParam() != "nt4";
+    EXPECT_EQ(IsPrintUIUsable(), usable);
+    if (!usable) {
+        EXPECT_EQ(Table().PI_KEL_AddPrinterDriver("C:\\a.inf", "Model", 3, 0, nullptr, 1), 0x900d0057u);
+    }
+}
+
+INSTANTIATE_ON_EVERY_SYSTEM(PrintUIRoute);
+
+}  // namespace
+}  // namespace pikel::testing_support
