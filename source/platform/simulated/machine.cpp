@@ -251,6 +251,24 @@ void Machine::Commit() {
     }
 }
 
+DWORD Machine::TryCommit() {
+    constexpr DWORD registryIoFailed = 1016;
+    try {
+        Commit();
+        return ERROR_SUCCESS;
+    } catch (const MachineError&) {
+        return registryIoFailed;
+    }
+}
+
+DWORD Machine::CheckAccess(std::string_view key, REGSAM access) const {
+    bool isReader = !Is9x() && !m_system.administrator && m_registry->IsBelowLocalMachine(key);
+    if (isReader && (access & simulated::Registry::kWriteAccess) != 0) {
+        return ERROR_ACCESS_DENIED;
+    }
+    return m_registry->CheckAccess(key, access);
+}
+
 // ---- what it is -----------------------------------------------------------------------------------------------------
 
 simulated::Generation Machine::Generation() const {

@@ -102,6 +102,11 @@ class Machine {
 
     /// Writes a changed registry to disk. Every operation that changes it calls this before it returns.
     void Commit();
+    /// The same with a code: 0, or 1016 when registry.reg can't be written. The change waits for the next commit then.
+    DWORD TryCommit();
+    /// Rights of the machine's user on a registry key: 0, or 5. On the NT family only an administrator writes below
+    /// HKEY_LOCAL_MACHINE; Registry::Deny takes further rights away.
+    DWORD CheckAccess(std::string_view key, REGSAM access) const;
 
   private:
     Machine(std::filesystem::path folder, SystemDescription system);

@@ -21,9 +21,6 @@ constexpr std::array<std::pair<std::string_view, std::string_view>, 4> kRoots = 
     {"HKU", "HKEY_USERS"},
 }};
 
-// KEY_SET_VALUE, KEY_CREATE_SUB_KEY, KEY_CREATE_LINK, DELETE, WRITE_DAC, WRITE_OWNER, GENERIC_ALL, GENERIC_WRITE.
-constexpr REGSAM kWriteAccess = 0x2 | 0x4 | 0x20 | 0x10000 | 0x40000 | 0x80000 | GENERIC_ALL | GENERIC_WRITE;
-
 /// Splits at backslashes that are no trail bytes; empty parts fall out.
 std::vector<std::string> SplitAtBackslashes(UINT codePage, std::string_view path) {
     std::vector<std::string> parts;
@@ -231,6 +228,11 @@ bool Registry::DeleteKey(std::string_view key) {
     return true;
 }
 
+bool Registry::HasSubKeys(std::string_view key) const {
+    const RegistryNode* node = m_tree->Find(key);
+    return node != nullptr && !node->keys.empty();
+}
+
 std::vector<std::string> Registry::SubKeys(std::string_view key) const {
     std::vector<std::string> names;
     if (const RegistryNode* node = m_tree->Find(key)) {
@@ -354,6 +356,11 @@ void Registry::Deny(std::string_view key, bool everything) {
     if (!path.empty()) {
         m_tree->denials.push_back({std::move(path), everything});
     }
+}
+
+bool Registry::IsBelowLocalMachine(std::string_view key) const {
+    std::vector<std::string> path = m_tree->Split(key);
+    return !path.empty() && path.front() == "HKEY_LOCAL_MACHINE";
 }
 
 DWORD Registry::CheckAccess(std::string_view key, REGSAM access) const {

@@ -38,6 +38,10 @@ class Registry {
     static constexpr std::size_t kMaxKeyName = 255;
     static constexpr std::size_t kMaxDepth = 512;
 
+    /// The rights that change something: KEY_SET_VALUE, KEY_CREATE_SUB_KEY, KEY_CREATE_LINK, DELETE, WRITE_DAC,
+    /// WRITE_OWNER, GENERIC_ALL, GENERIC_WRITE.
+    static constexpr REGSAM kWriteAccess = 0x2 | 0x4 | 0x20 | 0x10000 | 0x40000 | 0x80000 | GENERIC_ALL | GENERIC_WRITE;
+
     /// @param codePage  the machine's; names and texts are kept in it
     explicit Registry(UINT codePage = 1252);
     ~Registry();
@@ -59,6 +63,7 @@ class Registry {
     bool CreateKey(std::string_view key);
     /// Deletes a key and all below it; a root is only emptied. @return false when there is none.
     bool DeleteKey(std::string_view key);
+    bool HasSubKeys(std::string_view key) const;
     /// Sub-keys and values come in the order of their names, case apart.
     std::vector<std::string> SubKeys(std::string_view key) const;
     std::vector<RegistryValue> Values(std::string_view key) const;
@@ -87,6 +92,8 @@ class Registry {
     void Deny(std::string_view key, bool everything = false);
     /// 0, or 5 when the key is denied for this access.
     DWORD CheckAccess(std::string_view key, REGSAM access) const;
+    /// Whether a path leads to HKEY_LOCAL_MACHINE or below it.
+    bool IsBelowLocalMachine(std::string_view key) const;
 
   private:
     std::string ReplaceTree(std::string_view text, UINT codePage);

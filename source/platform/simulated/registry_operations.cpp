@@ -14,16 +14,15 @@ namespace pikel::simulated {
 
 namespace {
 
+constexpr LSTATUS kDone = 0;
 constexpr LSTATUS kNoAccessToMemory = 998;
 constexpr LSTATUS kBadPathname = 161;
-constexpr LSTATUS kRegistryIoFailed = 1016;
 constexpr std::size_t kMaxValueName = 16383;
 
 constexpr REGSAM kQueryValue = 0x1;
 constexpr REGSAM kSetValue = 0x2;
 constexpr REGSAM kCreateSubKey = 0x4;
 constexpr REGSAM kMaximumAllowed = 0x02000000;
-constexpr REGSAM kSpecificWrites = 0x2 | 0x4 | 0x20 | DELETE | 0x40000 | 0x80000;
 
 /// What a key handle stands for.
 struct OpenKey {
@@ -56,41 +55,32 @@ LSTATUS Resolve(HKEY handle, OpenKey& key) {
     Machine& machine = Current();
     if (const char* root = RootOf(handle)) {
         key = {root, machine.Registry().KeyId(root), KEY_ALL_ACCESS};
-        return ERROR_SUCCESS;
+        return kDone;
     }
     const OpenKey* open = machine.Handles().Find<OpenKey>(HandleKind::RegistryKey, handle);
     if (open == nullptr) {
         return Code(ERROR_INVALID_HANDLE);
     }
     key = *open;
-    return machine.Registry().KeyId(key.path) == key.id ? ERROR_SUCCESS : Code(ERROR_KEY_DELETED);
+    return machine.Registry().KeyId(key.path) == key.id ? kDone : Code(ERROR_KEY_DELETED);
 }
 
 /// Checks the text of a sub-key, and joins it to its key.
 LSTATUS Join(const OpenKey& key, LPCSTR subKey, std::string& path) {
     path = key.path;
     if (subKey == nullptr || *subKey == '\0') {
-        return ERROR_SUCCESS;
+        return kDone;
     }
     if (*subKey == '\\') {
         return Current().Is9x() ? Code(ERROR_FILE_NOT_FOUND) : kBadPathname;
     }
     path += '\\';
     path += subKey;
-    return ERROR_SUCCESS;
-}
-
-bool IsBelowLocalMachine(std::string_view path) {
-    return EqualNoCase(path.substr(0, 4), "HKLM") || EqualNoCase(path.substr(0, 4), "HKCR");
+    return kDone;
 }
 
 LSTATUS CheckAccess(std::string_view path, REGSAM access) {
-    Machine& machine = Current();
-    bool isOnlyRead = !machine.Is9x() && !machine.System().administrator && IsBelowLocalMachine(path);
-    if (isOnlyRead && (access & (kSpecificWrites | GENERIC_WRITE | GENERIC_ALL)) != 0) {
-        return Code(ERROR_ACCESS_DENIED);
-    }
-    return Code(machine.Registry().CheckAccess(path, access));
+    return Code(Current().CheckAccess(path, access));
 }
 
 /// The rights that a handle carries. The 9x family has no security and lets every handle do everything.
@@ -106,7 +96,7 @@ REGSAM Granted(std::string_view path, REGSAM asked) {
         granted |= KEY_ALL_ACCESS;
     }
     if ((asked & kMaximumAllowed) != 0) {
-        granted |= CheckAccess(path, KEY_ALL_ACCESS) == ERROR_SUCCESS ? KEY_ALL_ACCESS : KEY_READ;
+        granted |= CheckAccess(path, KEY_ALL_ACCESS) == kDone ? KEY_ALL_ACCESS : KEY_READ;
     }
     return granted;
 }
@@ -114,28 +104,23 @@ REGSAM Granted(std::string_view path, REGSAM asked) {
 LSTATUS OpenHandle(const std::string& path, REGSAM access, PHKEY result) {
     Machine& machine = Current();
     LSTATUS code = CheckAccess(path, access);
-    if (code != ERROR_SUCCESS) {
+    if (code != kDone) {
         return code;
     }
     auto key = std::make_shared<OpenKey>(OpenKey{path, machine.Registry().KeyId(path), Granted(path, access)});
     *result = static_cast<HKEY>(machine.Handles().Open(HandleKind::RegistryKey, std::move(key), path));
-    return ERROR_SUCCESS;
+    return kDone;
 }
 
 LSTATUS CommitChange() {
-    try {
-        Current().Commit();
-        return ERROR_SUCCESS;
-    } catch (const MachineError&) {
-        return kRegistryIoFailed;
-    }
+    return Code(Current().TryCommit());
 }
 
 /// Creating goes by the rights on the key that is there, whatever rights its handle was opened with.
 LSTATUS CreateKeyAt(std::string path) {
     Machine& machine = Current();
     LSTATUS code = CheckAccess(path, kCreateSubKey);
-    if (code != ERROR_SUCCESS) {
+    if (code != kDone) {
         return code;
     }
     if (!machine.Registry().CreateKey(path)) {
@@ -154,12 +139,12 @@ LSTATUS HandOutData(const RegistryValue& value, LPDWORD type, LPBYTE data, LPDWO
         *type = value.type;
     }
     if (size == nullptr) {
-        return ERROR_SUCCESS;
+        return kDone;
     }
     DWORD room = *size;
     *size = static_cast<DWORD>(value.data.size());
     if (data == nullptr) {
-        return ERROR_SUCCESS;
+        return kDone;
     }
     if (room < value.data.size()) {
         return Code(ERROR_MORE_DATA);
@@ -169,7 +154,7 @@ LSTATUS HandOutData(const RegistryValue& value, LPDWORD type, LPBYTE data, LPDWO
     if (lacksNul && room > value.data.size() && !Current().Is9x()) {
         data[value.data.size()] = 0;
     }
-    return ERROR_SUCCESS;
+    return kDone;
 }
 
 }  // namespace
@@ -180,13 +165,13 @@ LSTATUS WINAPI RegOpenKeyExA(HKEY hKey, LPCSTR lpSubKey, DWORD /*ulOptions*/, RE
     }
     OpenKey key;
     LSTATUS code = Resolve(hKey, key);
-    if (code != ERROR_SUCCESS) {
+    if (code != kDone) {
         return code;
     }
     *phkResult = nullptr;
     std::string path;
     code = Join(key, lpSubKey, path);
-    if (code != ERROR_SUCCESS) {
+    if (code != kDone) {
         return code;
     }
     if (!Current().Registry().KeyExists(path)) {
@@ -203,23 +188,23 @@ LSTATUS WINAPI RegCreateKeyExA(HKEY hKey, LPCSTR lpSubKey, DWORD Reserved, LPSTR
     }
     OpenKey key;
     LSTATUS code = Resolve(hKey, key);
-    if (code != ERROR_SUCCESS) {
+    if (code != kDone) {
         return code;
     }
     *phkResult = nullptr;
     std::string path;
     code = Join(key, lpSubKey, path);
-    if (code != ERROR_SUCCESS) {
+    if (code != kDone) {
         return code;
     }
     bool isNew = !Current().Registry().KeyExists(path);
     if (isNew) {
         code = CreateKeyAt(path);
     }
-    if (code == ERROR_SUCCESS) {
+    if (code == kDone) {
         code = OpenHandle(path, samDesired, phkResult);
     }
-    if (code == ERROR_SUCCESS && lpdwDisposition != nullptr) {
+    if (code == kDone && lpdwDisposition != nullptr) {
         *lpdwDisposition = isNew ? REG_CREATED_NEW_KEY : REG_OPENED_EXISTING_KEY;
     }
     return code;
@@ -232,7 +217,7 @@ LSTATUS WINAPI RegQueryValueExA(HKEY hKey, LPCSTR lpValueName, LPDWORD lpReserve
     }
     OpenKey key;
     LSTATUS code = Resolve(hKey, key);
-    if (code != ERROR_SUCCESS) {
+    if (code != kDone) {
         return code;
     }
     if ((key.access & kQueryValue) == 0) {
@@ -253,14 +238,14 @@ LSTATUS WINAPI RegSetValueExA(HKEY hKey, LPCSTR lpValueName, DWORD Reserved, DWO
     }
     OpenKey key;
     LSTATUS code = Resolve(hKey, key);
-    if (code != ERROR_SUCCESS) {
+    if (code != kDone) {
         return code;
     }
     if ((key.access & kSetValue) == 0) {
         return Code(ERROR_ACCESS_DENIED);
     }
-    code = RootOf(hKey) == nullptr ? ERROR_SUCCESS : CheckAccess(key.path, kSetValue);
-    if (code != ERROR_SUCCESS) {
+    code = RootOf(hKey) == nullptr ? kDone : CheckAccess(key.path, kSetValue);
+    if (code != kDone) {
         return code;
     }
     std::string data = cbData == 0 ? std::string() : std::string(reinterpret_cast<const char*>(lpData), cbData);
@@ -279,7 +264,7 @@ LSTATUS WINAPI RegEnumValueA(HKEY hKey, DWORD dwIndex, LPSTR lpValueName, LPDWOR
     }
     OpenKey key;
     LSTATUS code = Resolve(hKey, key);
-    if (code != ERROR_SUCCESS) {
+    if (code != kDone) {
         return code;
     }
     if ((key.access & kQueryValue) == 0) {
@@ -298,11 +283,42 @@ LSTATUS WINAPI RegEnumValueA(HKEY hKey, DWORD dwIndex, LPSTR lpValueName, LPDWOR
     return code;
 }
 
+LSTATUS WINAPI RegDeleteKeyA(HKEY hKey, LPCSTR lpSubKey) {
+    if (lpSubKey == nullptr) {
+        return Code(ERROR_INVALID_PARAMETER);
+    }
+    OpenKey key;
+    LSTATUS code = Resolve(hKey, key);
+    if (code != kDone) {
+        return code;
+    }
+    std::string path;
+    code = Join(key, lpSubKey, path);
+    if (code != kDone) {
+        return code;
+    }
+    Registry& registry = Current().Registry();
+    if (!registry.KeyExists(path)) {
+        return Code(ERROR_FILE_NOT_FOUND);
+    }
+    code = CheckAccess(path, DELETE);
+    if (code != kDone) {
+        return code;
+    }
+    // The 9x family deletes all that lies below, too.
+    bool isRoot = *lpSubKey == '\0' && RootOf(hKey) != nullptr;
+    if (isRoot || (!Current().Is9x() && registry.HasSubKeys(path))) {
+        return Code(ERROR_ACCESS_DENIED);
+    }
+    registry.DeleteKey(path);
+    return CommitChange();
+}
+
 LSTATUS WINAPI RegCloseKey(HKEY hKey) {
     if (RootOf(hKey) != nullptr) {
-        return ERROR_SUCCESS;
+        return kDone;
     }
-    return Current().Handles().Close(HandleKind::RegistryKey, hKey) ? ERROR_SUCCESS : Code(ERROR_INVALID_HANDLE);
+    return Current().Handles().Close(HandleKind::RegistryKey, hKey) ? kDone : Code(ERROR_INVALID_HANDLE);
 }
 
 }  // namespace pikel::simulated
