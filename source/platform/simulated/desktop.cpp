@@ -18,10 +18,15 @@ void Desktop::CloseWindow(HWND window) {
     std::erase_if(m_windows, [&](const Window& open) { return open.handle == window; });
 }
 
-HWND Desktop::FindByTitle(std::string_view title) const {
-    auto found = std::find_if(m_windows.begin(), m_windows.end(),
-                              [&](const Window& window) { return EqualNoCase(window.title, title); });
+HWND Desktop::FindByTitle(const char* title) const {
+    auto found = std::find_if(m_windows.begin(), m_windows.end(), [&](const Window& window) {
+        return title == nullptr || EqualNoCase(window.title, title);
+    });
     return found == m_windows.end() ? nullptr : found->handle;
+}
+
+bool Desktop::Has(HWND window) const {
+    return std::any_of(m_windows.begin(), m_windows.end(), [&](const Window& open) { return open.handle == window; });
 }
 
 }  // namespace pikel::simulated

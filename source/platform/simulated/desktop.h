@@ -25,9 +25,11 @@ class Desktop {
     /// Opens a top-level window with a title.
     HWND OpenWindow(std::string_view title);
     void CloseWindow(HWND window);
-    HWND FindByTitle(std::string_view title) const;
+    /// The title's case doesn't count. Null when no window bears it; a null title is any window's.
+    HWND FindByTitle(const char* title) const;
+    bool Has(HWND window) const;
 
-    /// Everything sent so far, broadcasts (window 0xFFFF) among it.
+    /// Everything that was taken so far, broadcasts (window 0xFFFF) among it.
     std::vector<SentMessage> sent;
     /// What OutputDebugStringA got.
     std::vector<std::string> debugOutput;
