@@ -42,7 +42,7 @@ DWORD GetDefaultPrinter9x(LPSTR lpszBuffer, DWORD dwSize) {
     for (DWORD dwIndex = 0; dwIndex < dwCount; ++dwIndex) {
         const PRINTER_INFO_5A& info = pInfos[dwIndex];
         if ((info.Attributes & PRINTER_ATTRIBUTE_DEFAULT) != 0) {
-            return CopyName(info.pPrinterName == nullptr ? "" : info.pPrinterName, lpszBuffer, dwSize);
+            return CopyName(TextOrEmpty(info.pPrinterName), lpszBuffer, dwSize);
         }
     }
     return ERROR_SUCCESS;
@@ -298,7 +298,8 @@ DWORD DoGetDefaultPrinter(LPSTR lpszBuffer, DWORD dwSize) {
 }
 
 DWORD IsDefaultPrinter(LPCSTR lpszPrinterName) {
-    return CallRoute(kIsDefaultPrinterRoutes, lpszPrinterName);
+    // The answer is a yes or no: the code for a system without a row is none of it.
+    return GetOsRoute().HasRoute() ? CallRoute(kIsDefaultPrinterRoutes, lpszPrinterName) : 0;
 }
 
 DWORD DoIsDefaultPrinter(LPCSTR lpszPrinterName) {

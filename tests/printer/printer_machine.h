@@ -1,0 +1,84 @@
+// Drivers and printers on a test machine, put there and read back through the machine's own spooler, past the shims.
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "frame/pikel.h"
+#include "support/machine_test.h"
+
+namespace pikel::testing_support {
+
+inline constexpr char kPrintersOn[] = "HKLM\\SYSTEM\\CurrentControlSet\\Control\\Print\\Printers";
+inline constexpr char kDriver[] = "Tarvo 100";
+inline constexpr char kPort[] = "LPT1:";
+
+/// What a driver says of its device; the spooler keeps it from Windows 2000 on.
+struct DriverIdentity {
+    std::optional<std::string> hardwareId = "LPTENUM\\TarvoTarvo_1003D5A";
+    std::optional<std::string> maker = "Tarvo";
+    std::optional<std::string> url = "http://tarvo.example/";
+};
+
+/// Installs a driver of the machine's own environment, with its files.
+void InstallDriver(TestMachine& test, const std::string& name = kDriver, const DriverIdentity& identity = {});
+
+/// A record of a printer on the first parallel port, with texts of its own.
+class PrinterText {
+  public:
+    explicit PrinterText(std::string name);
+    PrinterRecord& Record() { return m_record; }
+    const std::string& Name() const { return m_name; }
+
+  private:
+    std::string m_name;
+    std::string m_driver = kDriver;
+    std::string m_port = kPort;
+    std::string m_processor = "winprint";
+    std::string m_dataType = "RAW";
+    PrinterRecord m_record{};
+};
+
+/// Adds a printer with the driver, which must be there.
+void AddPrinterTo(TestMachine& test, const std::string& name);
+
+/// What the spooler tells of a printer at levels 2 and 5.
+struct PrinterFacts {
+    std::string name;
+    std::string driver;
+    std::string port;
+    std::string dataType;
+    DWORD attributes = 0;
+    DWORD priority = 0;
+    DWORD notSelectedTimeout = 0;
+    DWORD retryTimeout = 0;
+};
+
+/// Nothing when there is no such printer.
+std::optional<PrinterFacts> PrinterOn(TestMachine& test, const std::string& name);
+
+/// Names of all printers of the machine.
+std::vector<std::string> PrintersOn(TestMachine& test);
+
+/// Makes a printer the default one in the way of the machine's system.
+void MakeDefaultOn(TestMachine& test, const std::string& name);
+
+/// A system that has no row: Win32s.
+simulated::SystemDescription SystemWithoutRoute();
+
+/// A text as a parameter that the system doesn't write to.
+inline LPSTR Text(std::string& text) {
+    return text.data();
+}
+
+/// Rows, by the names of EverySystem.
+inline bool Is9xName(std::string_view system) {
+    return system.starts_with("win9") || system == "winme";
+}
+inline bool IsNt4Name(std::string_view system) {
+    return system == "nt4";
+}
+
+}  // namespace pikel::testing_support
