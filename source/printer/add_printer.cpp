@@ -33,8 +33,7 @@ DWORD AddAtLevel2(PrinterRecord* pRecord, LPSTR lpszServer, PrinterHandle& hPrin
     return hPrinter ? ERROR_SUCCESS : Platform().GetLastError();
 }
 
-// ---- routes
-// -----------------------------------------------------------------------------------------------------------
+// ---- routes -----------------------------------------------------------------------------------------------------
 
 DWORD AddWith9xSettings(PrinterRecord* pRecord, LPSTR lpszServer, PrinterHandle& hPrinter) {
     static char szRaw[] = "RAW";
@@ -108,8 +107,7 @@ constexpr OsRouteTable<AddPrinterRoutine> kAddPrinterRoutes = {
 };
 static_assert(IsComplete(kAddPrinterRoutes));
 
-// ---- the caller's DEVMODE
-// ---------------------------------------------------------------------------------------------
+// ---- the caller's DEVMODE ---------------------------------------------------------------------------------------
 
 /// Takes the DEVMODE out of a record while the effective DEVMODE is switched off, and puts it back.
 class DevModeOmission {
@@ -146,8 +144,7 @@ class DevModeOmission {
     bool m_bOmitted = false;
 };
 
-// ---- adding
-// -----------------------------------------------------------------------------------------------------------
+// ---- adding -----------------------------------------------------------------------------------------------------
 
 /// How an attempt to connect to a shared printer ended.
 struct ConnectionAttempt {

@@ -25,8 +25,7 @@ DWORD CopyName(std::string_view name, LPSTR lpszBuffer, DWORD dwSize) {
     return CopyIfFits(name, lpszBuffer, dwSize) ? ERROR_SUCCESS : ERROR_INVALID_PARAMETER;
 }
 
-// ---- which it is
-// ------------------------------------------------------------------------------------------------------
+// ---- which it is ------------------------------------------------------------------------------------------------
 
 DWORD GetDefaultPrinter9x(LPSTR lpszBuffer, DWORD dwSize) {
     if (lpszBuffer == nullptr) {
@@ -114,8 +113,7 @@ std::string BoundedText(LPCSTR lpszBuffer, DWORD dwSize) {
     return pNul == nullptr ? std::string(lpszBuffer, dwSize) : std::string(lpszBuffer, static_cast<LPCSTR>(pNul));
 }
 
-// ---- whether a printer is it
-// ------------------------------------------------------------------------------------------
+// ---- whether a printer is it ------------------------------------------------------------------------------------
 
 /// Goes by the spooler's flag: the name is not compared.
 DWORD IsDefaultPrinter9x(LPCSTR lpszPrinterName) {
@@ -163,8 +161,7 @@ constexpr OsRouteTable<IsDefaultPrinterRoutine> kIsDefaultPrinterRoutes = {
 };
 static_assert(IsComplete(kIsDefaultPrinterRoutes));
 
-// ---- making a printer it
-// ----------------------------------------------------------------------------------------------
+// ---- making a printer it ----------------------------------------------------------------------------------------
 
 DWORD SetDefaultFlag(LPCSTR lpszPrinterName, PrinterHandle& hPrinter) {
     if (lpszPrinterName == nullptr) {

@@ -24,8 +24,7 @@ struct PrinterValue {
     DWORD dwKind;
 };
 
-// ---- 9x family: the registry
-// ------------------------------------------------------------------------------------------
+// ---- 9x family: the registry ------------------------------------------------------------------------------------
 
 DWORD WriteToRegistry(const PrinterValue& value, RegistryKey& key) {
     if (value.lpszPrinterName == nullptr || value.lpszValueName == nullptr) {
@@ -58,8 +57,7 @@ DWORD SetPrinterData9x(const PrinterValue& value) {
     return dwCode;
 }
 
-// ---- NT 4: the spooler's default key
-// ----------------------------------------------------------------------------------
+// ---- NT 4: the spooler's default key ----------------------------------------------------------------------------
 
 DWORD WriteToDefaultKey(const PrinterValue& value, PrinterHandle& hPrinter) {
     if (value.lpszPrinterName == nullptr || value.lpszValueName == nullptr) {
@@ -85,8 +83,7 @@ DWORD SetPrinterDataNT(const PrinterValue& value) {
     return dwCode;
 }
 
-// ---- Windows 2000 and later: the spooler's keys
-// -----------------------------------------------------------------------
+// ---- Windows 2000 and later: the spooler's keys -----------------------------------------------------------------
 
 /// Closes the printer and frees the library, in this order, before it returns.
 DWORD WriteToKey(const PrinterValue& value) {

@@ -62,7 +62,10 @@ class WatchedSpooler {
     static std::string TextOf(LPCSTR text) { return text == nullptr ? "" : text; }
     static Written Level2(const char* operation, HANDLE handle, LPBYTE data) {
         const auto& info = *reinterpret_cast<const PRINTER_INFO_2A*>(data);
-        Written written{.operation = operation, .level = 2, .handle = handle};
+        Written written;
+        written.operation = operation;
+        written.level = 2;
+        written.handle = handle;
         written.printer = TextOf(info.pPrinterName);
         written.port = TextOf(info.pPortName);
         written.dataType = TextOf(info.pDatatype);
@@ -73,7 +76,10 @@ class WatchedSpooler {
     }
     static Written Level5(HANDLE handle, LPBYTE data) {
         const auto& info = *reinterpret_cast<const PRINTER_INFO_5A*>(data);
-        Written written{.operation = "SetPrinterA", .level = 5, .handle = handle};
+        Written written;
+        written.operation = "SetPrinterA";
+        written.level = 5;
+        written.handle = handle;
         written.printer = TextOf(info.pPrinterName);
         written.port = TextOf(info.pPortName);
         written.attributes = info.Attributes;
@@ -451,7 +457,7 @@ TEST_P(AddPrinterOnEverySystem, NullArgumentsAreRefusedInSilence) {
     EXPECT_THAT(Test().TakeLog(), IsEmpty());
 }
 
-// ---- routines -----------------------------------------------------------------------------------------------------
+// ---- routines ---------------------------------------------------------------------------------------------------
 
 class AddPrinterRoutines : public MachineTest {};
 
@@ -496,8 +502,8 @@ class AddPrinter9xTest : public MachineTest {
     AddPrinter9xTest() {
         Start("winme");
         InstallDriver(Test());
-        Machine().Desktop().queue.push_back({.message = 0x400});
-        Machine().Desktop().queue.push_back({.message = 0x401});
+        Machine().Desktop().queue.push_back(QueuedMessage(0x400));
+        Machine().Desktop().queue.push_back(QueuedMessage(0x401));
     }
 };
 

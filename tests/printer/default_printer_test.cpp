@@ -210,7 +210,7 @@ TEST_P(DefaultPrinterOnEverySystem, RoutinesRefuseANullName) {
                                               "SetDefaultPrinter2K() - Start", "SetDefaultPrinter2K() - End(87)"));
 }
 
-// ---- 9x family ----------------------------------------------------------------------------------------------------
+// ---- 9x family --------------------------------------------------------------------------------------------------
 
 class DefaultPrinter9x : public MachineTest {
   protected:
@@ -360,7 +360,7 @@ TEST_F(DefaultPrinter9x, ReadWithoutDataIsNoSuccessOfSetting) {
     EXPECT_EQ(DoIsDefaultPrinter("Laser"), 0u);
 }
 
-// ---- NT 4 ---------------------------------------------------------------------------------------------------------
+// ---- NT 4 -------------------------------------------------------------------------------------------------------
 
 class DefaultPrinterNT : public MachineTest {
   protected:
@@ -548,7 +548,7 @@ TEST_F(DefaultPrinterNT, ReadWithoutDataOrNameIsNoSuccessOfSetting) {
     EXPECT_EQ(Profile(), "Laser,winspool,LPT1:");
 }
 
-// ---- Windows 2000 and later ---------------------------------------------------------------------------------------
+// ---- Windows 2000 and later -------------------------------------------------------------------------------------
 
 class DefaultPrinter2K : public MachineTest {
   protected:
@@ -564,13 +564,14 @@ class DefaultPrinter2K : public MachineTest {
 TEST_F(DefaultPrinter2K, SpoolerIsAskedWithABufferOf520Bytes) {
     static DWORD s_size;
     static bool s_zeroed;
-    Machine().Modules().Register(
-        "winspool.drv", {{"GetDefaultPrinterA", reinterpret_cast<FARPROC>(+[](LPSTR buffer, LPDWORD size) -> BOOL {
-                              s_size = *size;
-                              s_zeroed = std::string_view(buffer, *size) == std::string(*size, '\0');
-                              std::memset(buffer, 'n', *size);
-                              return TRUE;
-                          })}});
+    static constexpr auto kFill = [](LPSTR buffer, LPDWORD size) -> BOOL {
+        s_size = *size;
+        s_zeroed = std::string_view(buffer, *size) == std::string(*size, '\0');
+        std::memset(buffer, 'n', *size);
+        return TRUE;
+    };
+    ReplacedOperations replaced;
+    replaced.table.GetProcAddress = [](HMODULE, LPCSTR) -> FARPROC { return AsExport(+kFill); };
     Buffer buffer;
     EXPECT_EQ(buffer.Get(599), 0u);
     EXPECT_EQ(s_size, 520u);

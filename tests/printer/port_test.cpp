@@ -53,7 +53,7 @@ DWORD WINAPI CreateTestPort(BSTR monitor, LPSTR portName, BSTR queue, BSTR confi
 }
 
 void RegisterSdk(TestMachine& test) {
-    test->Modules().Register(kSdk, {{"CreatePort", reinterpret_cast<FARPROC>(CreateTestPort)}});
+    test->Modules().Register(kSdk, {{"CreatePort", AsExport(CreateTestPort)}});
     g_told = {};
     g_answer = 0x10000;
     g_resultText = nullptr;

@@ -68,9 +68,17 @@ void MakeDefaultOn(TestMachine& test, const std::string& name);
 /// A system that has no row: Win32s.
 simulated::SystemDescription SystemWithoutRoute();
 
-/// A text as a parameter that the system doesn't write to.
-inline LPSTR Text(std::string& text) {
-    return text.data();
+/// A function as a module's export.
+template <class Function>
+FARPROC AsExport(Function* function) {
+    return reinterpret_cast<FARPROC>(reinterpret_cast<void (*)()>(function));
+}
+
+/// A message of the thread's queue.
+inline MSG QueuedMessage(UINT message) {
+    MSG queued{};
+    queued.message = message;
+    return queued;
 }
 
 /// Rows, by the names of EverySystem.

@@ -172,7 +172,9 @@ INSTANTIATE_TEST_SUITE_P(Levels, PrinterInfoLevel, ::testing::Values(2, 3, 5, 7,
 TEST_P(PrinterInfoLevel, IsPassedToBothCalls) {
     ReplacedOperations replaced;
     replaced.table.GetPrinterA = PlayGetPrinter;
-    g_script = {.answers = {{FALSE, ERROR_INSUFFICIENT_BUFFER}, {TRUE, 0}}, .needed = 64};
+    g_script = {};
+    g_script.answers = {{FALSE, ERROR_INSUFFICIENT_BUFFER}, {TRUE, 0}};
+    g_script.needed = 64;
     HeapBlock block;
     EXPECT_EQ(GetPrinterInfo(kHandle, GetParam(), block), 0u);
     ASSERT_EQ(g_script.questions.size(), 2u);
@@ -220,13 +222,15 @@ TEST_P(SpoolerReadOnEverySystem, ListsEveryPrinter) {
     }
 }
 
+/// How OpenPrinterA was called.
+struct Seen {
+    std::string name;
+    bool defaults = false;
+    PRINTER_DEFAULTSA values{};
+};
+
 class OpeningAPrinter : public MachineTest {
   protected:
-    struct Seen {
-        std::string name;
-        bool defaults = false;
-        PRINTER_DEFAULTSA values{};
-    };
     static inline Seen s_seen;
     static inline DWORD s_code = 0;
 
@@ -293,7 +297,7 @@ class MessagePump : public MachineTest {};
 
 TEST_F(MessagePump, DrainsTheQueue) {
     for (UINT message : {0x400u, 0x401u, 0x402u}) {
-        Machine().Desktop().queue.push_back({.hwnd = nullptr, .message = message, .wParam = 7, .lParam = 8});
+        Machine().Desktop().queue.push_back(QueuedMessage(message));
     }
     Test().TakeCalls();
     PumpMessages();
