@@ -38,10 +38,13 @@ class Files {
     /// "C:\Windows\x" for a host path below the root.
     std::string WindowsPath(const std::filesystem::path& host) const;
 
+    /// What is at a path, with the name as stored. @return a code: 0, 2, 3, or why the path can't name a file
+    DWORD Look(std::string_view path, FileEntry* entry) const;
     bool Exists(std::string_view path) const;
     bool IsDirectory(std::string_view path) const;
     /// INVALID_FILE_ATTRIBUTES for a missing one.
     DWORD Attributes(std::string_view path) const;
+    /// The bytes, whoever holds the file and whatever it denies; CheckOpen tells whether a program could read them.
     std::optional<std::string> Read(std::string_view path) const;
     std::optional<FILETIME> WrittenAt(std::string_view path) const;
     /// Entries whose names match a pattern with * and ?, in the order of their names, "." and ".." not among them.
@@ -90,6 +93,7 @@ class Files {
 
     // The handle-based calls of operations.h use these.
     struct OpenFile;
+    /// CreateFileA without the handle. *existed tells whether the file was there before.
     DWORD Open(std::string_view path, DWORD access, DWORD share, DWORD disposition, DWORD attributes,
                std::shared_ptr<OpenFile>* out, bool* existed);
 
