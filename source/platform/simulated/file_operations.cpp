@@ -8,6 +8,7 @@
 #include <memory>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "platform/simulated/machine.h"
 #include "platform/simulated/machine_path.h"
@@ -192,6 +193,18 @@ HANDLE WINAPI FindFirstFileA(LPCSTR lpFileName, LPWIN32_FIND_DATAA lpFindFileDat
     return Current().Handles().Open(HandleKind::Find, std::move(search), std::string(path));
 }
 
+BOOL WINAPI FindNextFileA(HANDLE hFindFile, LPWIN32_FIND_DATAA lpFindFileData) {
+    auto* search = Current().Handles().Find<Search>(HandleKind::Find, hFindFile);
+    if (search == nullptr) {
+        return Fail(ERROR_INVALID_HANDLE, FALSE);
+    }
+    if (search->next == search->entries.size()) {
+        return Fail(ERROR_NO_MORE_FILES, FALSE);
+    }
+    HandOutEntry(search->entries[search->next++], lpFindFileData);
+    return TRUE;
+}
+
 BOOL WINAPI FindClose(HANDLE hFindFile) {
     return Outcome(Current().Handles().Close(HandleKind::Find, hFindFile) ? ERROR_SUCCESS : ERROR_INVALID_HANDLE);
 }
@@ -210,12 +223,20 @@ BOOL WINAPI DeleteFileA(LPCSTR lpFileName) {
     return Outcome(Current().Files().Delete(PathOf(lpFileName)));
 }
 
+BOOL WINAPI CopyFileA(LPCSTR lpExistingFileName, LPCSTR lpNewFileName, BOOL bFailIfExists) {
+    return Outcome(Current().Files().Copy(PathOf(lpExistingFileName), PathOf(lpNewFileName), bFailIfExists != FALSE));
+}
+
 BOOL WINAPI PathFileExistsA(LPCSTR pszPath) {
     return pszPath != nullptr && GetFileAttributesA(pszPath) != INVALID_FILE_ATTRIBUTES ? TRUE : FALSE;
 }
 
 BOOL WINAPI CreateDirectoryA(LPCSTR lpPathName, LPSECURITY_ATTRIBUTES) {
     return Outcome(Current().Files().MakeFolder(PathOf(lpPathName)));
+}
+
+BOOL WINAPI RemoveDirectoryA(LPCSTR lpPathName) {
+    return Outcome(Current().Files().RemoveFolder(PathOf(lpPathName)));
 }
 
 }  // namespace pikel::simulated

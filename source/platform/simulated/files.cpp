@@ -351,8 +351,8 @@ std::vector<FileEntry> Files::List(std::string_view folder, std::string_view pat
             if (wanted.Matches(name) && stat((place.host + "/" + stored).c_str(), &status) == 0) {
                 const std::uint64_t size = S_ISDIR(status.st_mode) ? 0 : SizeOf(status);
                 std::string folded = FoldCase(codePage, name);
-                found.emplace_back(std::move(folded), FileEntry{std::move(name), AttributesOf(status), size,
-                                                                FileTimeOf(status.st_mtim)});
+                found.emplace_back(std::move(folded),
+                                   FileEntry{std::move(name), AttributesOf(status), size, FileTimeOf(status.st_mtim)});
             }
         }
     }
@@ -461,8 +461,7 @@ DWORD Files::Move(std::string_view source, std::string_view target, bool replace
         return ERROR_ACCESS_DENIED;
     }
     // The new spelling counts, also of a name that stays the same but for its case.
-    const std::string newHost =
-        to.path.IsRoot() ? to.host : HostFolderOf(to.host) + "/" + to.path.names.back();
+    const std::string newHost = to.path.IsRoot() ? to.host : HostFolderOf(to.host) + "/" + to.path.names.back();
     FolderNames::Change leaves(m_state->names, HostFolderOf(from.host));
     FolderNames::Change comes(m_state->names, HostFolderOf(newHost));
     if (takesPlace && newHost != to.host && unlink(to.host.c_str()) != 0) {
@@ -566,9 +565,8 @@ DWORD Files::SetAttributes(std::string_view path, DWORD attributes) {
         return ERROR_ACCESS_DENIED;
     }
     // The mark means nothing on a folder.
-    return place.IsDirectory()
-               ? ERROR_SUCCESS
-               : SetOwnerWrite(place.host, place.status, (attributes & FILE_ATTRIBUTE_READONLY) == 0);
+    return place.IsDirectory() ? ERROR_SUCCESS
+                               : SetOwnerWrite(place.host, place.status, (attributes & FILE_ATTRIBUTE_READONLY) == 0);
 }
 
 DWORD Files::SetWrittenAt(std::string_view path, FILETIME time) {

@@ -27,13 +27,14 @@ struct FileEntry {
 };
 
 class Files {
- public:
+  public:
     explicit Files(Machine& machine, std::filesystem::path root);
     ~Files();
 
     /// Host path of a Windows path: "C:\x" lies in <root>/C/x. Components that exist match without regard to case; a
     /// path without a drive is taken from the current directory, which is the root of the system drive. Both slashes
-    /// separate. Empty for a path that leaves the machine (".." above the root), a UNC path or a drive that isn't there.
+    /// separate. Empty for a path that leaves the machine (".." above the root), a UNC path or a drive that isn't
+    /// there.
     std::filesystem::path HostPath(std::string_view path) const;
     /// "C:\Windows\x" for a host path below the root.
     std::string WindowsPath(const std::filesystem::path& host) const;
@@ -68,7 +69,7 @@ class Files {
 
     /// Stands for another process that holds a file open until the object goes.
     class Held {
-     public:
+      public:
         explicit Held(std::function<void()> release) : m_release(std::move(release)) {}
         Held(Held&& other) noexcept : m_release(std::exchange(other.m_release, nullptr)) {}
         Held& operator=(Held&&) = delete;
@@ -78,7 +79,7 @@ class Files {
             }
         }
 
-     private:
+      private:
         std::function<void()> m_release;
     };
     /// @param share  what the other process lets in beside itself; 0: nobody
@@ -97,7 +98,7 @@ class Files {
     DWORD Open(std::string_view path, DWORD access, DWORD share, DWORD disposition, DWORD attributes,
                std::shared_ptr<OpenFile>* out, bool* existed);
 
- private:
+  private:
     struct State;
     std::unique_ptr<State> m_state;
 };

@@ -1,4 +1,4 @@
-// Process heap, local blocks and BSTRs.
+// Process heap, local and global blocks, and BSTRs.
 #include <cstring>
 
 #include "platform/simulated/machine.h"
@@ -55,6 +55,22 @@ HLOCAL WINAPI LocalFree(HLOCAL hMem) {
         return nullptr;
     }
     return Fail(ERROR_INVALID_HANDLE, hMem);
+}
+
+HGLOBAL WINAPI GlobalAlloc(UINT uFlags, SIZE_T dwBytes) {
+    // Global and local blocks are of one kind since the days of 32 bits.
+    void* block = Current().Heap().Allocate(BlockKind::Local, dwBytes);
+    if (block == nullptr) {
+        return Fail(ERROR_NOT_ENOUGH_MEMORY, HGLOBAL{});
+    }
+    if ((uFlags & GMEM_ZEROINIT) == 0) {
+        std::memset(block, kUnsetByte, dwBytes);
+    }
+    return block;
+}
+
+HGLOBAL WINAPI GlobalFree(HGLOBAL hMem) {
+    return LocalFree(hMem);
 }
 
 BSTR WINAPI SysAllocStringLen(const OLECHAR* strIn, UINT ui) {

@@ -66,8 +66,8 @@ DWORD CodeOfErrno(int error) {
 }
 
 FILETIME FileTimeOf(const timespec& time) {
-    const auto ticks = static_cast<std::uint64_t>((time.tv_sec + kSecondsFrom1601To1970) * kTicksPerSecond +
-                                                  time.tv_nsec / 100);
+    const auto ticks =
+        static_cast<std::uint64_t>((time.tv_sec + kSecondsFrom1601To1970) * kTicksPerSecond + time.tv_nsec / 100);
     return {static_cast<DWORD>(ticks), static_cast<DWORD>(ticks >> 32)};
 }
 
@@ -84,7 +84,8 @@ DWORD AttributesOf(const struct stat& status) {
     if (S_ISDIR(status.st_mode)) {
         return FILE_ATTRIBUTE_DIRECTORY;
     }
-    return FILE_ATTRIBUTE_ARCHIVE | ((status.st_mode & S_IWUSR) == 0 ? FILE_ATTRIBUTE_READONLY : 0);
+    const bool isReadOnly = (status.st_mode & S_IWUSR) == 0;
+    return isReadOnly ? FILE_ATTRIBUTE_ARCHIVE | FILE_ATTRIBUTE_READONLY : static_cast<DWORD>(FILE_ATTRIBUTE_ARCHIVE);
 }
 
 HostFile& HostFile::operator=(HostFile&& other) noexcept {
@@ -127,7 +128,7 @@ DWORD ReadAll(int descriptor, std::string* bytes) {
         }
         if (count <= 0) {
             bytes->resize(length);
-            return count < 0 ? CodeOfErrno(errno) : ERROR_SUCCESS;
+            return count < 0 ? CodeOfErrno(errno) : static_cast<DWORD>(ERROR_SUCCESS);
         }
         length += static_cast<std::size_t>(count);
     }
@@ -146,8 +147,7 @@ DWORD WriteAll(int descriptor, std::string_view bytes) {
 
 PendingFile::PendingFile(std::string_view folder) {
     static std::atomic<unsigned> next = 0;
-    const std::string start =
-        std::string(folder) + "/" + std::string(kPendingPrefix) + std::to_string(getpid()) + "-";
+    const std::string start = std::string(folder) + "/" + std::string(kPendingPrefix) + std::to_string(getpid()) + "-";
     do {
         m_path = start + std::to_string(next++);
         m_file = HostFile::Open(m_path, O_RDWR | O_CREAT | O_EXCL, 0644);

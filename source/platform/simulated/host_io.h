@@ -20,21 +20,22 @@ DWORD AttributesOf(const struct stat& status);
 
 /// Descriptor of an open host file.
 class HostFile {
- public:
+  public:
     HostFile() = default;
     explicit HostFile(int descriptor) : m_descriptor(descriptor) {}
     HostFile(HostFile&& other) noexcept : m_descriptor(other.Release()) {}
     HostFile& operator=(HostFile&& other) noexcept;
     ~HostFile();
 
-    /// An open that waits for no lock and is not handed to other programs. Tells success by IsOpen; else errno says why.
+    /// An open that waits for no lock and is not handed to other programs. Tells success by IsOpen; else errno says
+    /// why.
     static HostFile Open(const std::string& path, int flags, mode_t mode = 0);
 
     bool IsOpen() const { return m_descriptor >= 0; }
     int Get() const { return m_descriptor; }
     int Release();
 
- private:
+  private:
     int m_descriptor = -1;
 };
 
@@ -46,7 +47,7 @@ DWORD WriteAll(int descriptor, std::string_view bytes);
 /// A file that is being made in a folder and takes the place of another one, or none, when it is whole. Until then it
 /// bears a name that the machine doesn't see; without Replace it goes again.
 class PendingFile {
- public:
+  public:
     /// @param folder  host folder that exists
     explicit PendingFile(std::string_view folder);
     ~PendingFile();
@@ -62,7 +63,7 @@ class PendingFile {
     /// True for the names that such files bear.
     static bool IsPendingName(std::string_view name);
 
- private:
+  private:
     std::string m_path;
     HostFile m_file;
     DWORD m_code = 0;

@@ -139,8 +139,7 @@ void NamePattern::AddReachable(std::vector<bool>& places, std::size_t from, cons
         }
         const Kind kind = m_tokens[place].kind;
         const bool passes = kind == Kind::Any || kind == Kind::AnyToLastDot ||
-                            (kind == Kind::One && (name == end || *name == u'.')) ||
-                            (kind == Kind::Dot && name == end);
+                            (kind == Kind::One && (name == end || *name == u'.')) || (kind == Kind::Dot && name == end);
         if (!passes) {
             return;
         }

@@ -11,7 +11,7 @@ namespace pikel::simulated {
 
 /// A path on a drive of the machine, without "." and "..". Names are UTF-8, as the host stores them.
 struct MachinePath {
-    DWORD code = 0;  ///< why the path can't name a file: 3, 53 (a server's), 123 or 206; the rest is empty then
+    DWORD code = 0;     ///< why the path can't name a file: 3, 53 (a server's), 123 or 206; the rest is empty then
     char drive = '\0';  ///< upper case
     std::vector<std::string> names;
     bool endsInSeparator = false;
@@ -28,14 +28,15 @@ MachinePath ParsePath(std::string_view path, UINT codePage, char systemDrive);
 bool IsPattern(std::string_view text);
 
 /// A pattern of FindFirstFileA, ready to be held against many names. The rules are the documented ones of the file
-/// systems: "*.*" is every name, a question mark matches nothing at a dot or at the end, "name.*" matches "name" as well.
+/// systems: "*.*" is every name, a question mark matches nothing at a dot or at the end, "name.*" matches "name" as
+/// well.
 class NamePattern {
- public:
+  public:
     NamePattern(std::string_view pattern, UINT codePage);
     /// @param name  in the code page
     bool Matches(std::string_view name) const;
 
- private:
+  private:
     enum class Kind { Literal, Any, AnyToLastDot, One, Dot };
     struct Token {
         Kind kind;

@@ -17,11 +17,11 @@ DWORD RightsOf(DWORD access);
 
 /// The open files, by the key of their paths.
 class OpenFiles : public std::enable_shared_from_this<OpenFiles> {
- public:
+  public:
     struct File;
     /// One open of a file. Ends when it goes.
     class Opening {
-     public:
+      public:
         Opening(std::shared_ptr<OpenFiles> table, std::shared_ptr<File> file, DWORD rights, DWORD share, bool isLock);
         ~Opening();
         Opening(const Opening&) = delete;
@@ -33,7 +33,7 @@ class OpenFiles : public std::enable_shared_from_this<OpenFiles> {
         /// The file goes with the last open of it.
         void DeleteAtEnd();
 
-     private:
+      private:
         std::shared_ptr<OpenFiles> m_table;
         std::shared_ptr<File> m_file;
         DWORD m_rights;
@@ -57,7 +57,7 @@ class OpenFiles : public std::enable_shared_from_this<OpenFiles> {
     /// What is done with a file that has to go with its last open.
     std::function<void(const std::string& host)> remove;
 
- private:
+  private:
     std::map<std::string, std::shared_ptr<File>> m_files;
 };
 

@@ -1,5 +1,5 @@
 // The running system: its version, folders, names, time and the last error.
-#include <algorithm>
+#include <cstdint>
 #include <cstring>
 #include <string>
 #include <string_view>
@@ -146,6 +146,15 @@ BOOL WINAPI SystemTimeToFileTime(const SYSTEMTIME* lpSystemTime, LPFILETIME lpFi
     lpFileTime->dwLowDateTime = static_cast<DWORD>(ticks);
     lpFileTime->dwHighDateTime = static_cast<DWORD>(ticks >> 32);
     return TRUE;
+}
+
+LONG WINAPI CompareFileTime(const FILETIME* lpFileTime1, const FILETIME* lpFileTime2) {
+    const auto ticks = [](const FILETIME& time) {
+        return (static_cast<std::uint64_t>(time.dwHighDateTime) << 32) | time.dwLowDateTime;
+    };
+    const std::uint64_t first = ticks(*lpFileTime1);
+    const std::uint64_t second = ticks(*lpFileTime2);
+    return (first > second ? 1 : 0) - (first < second ? 1 : 0);
 }
 
 void WINAPI Sleep(DWORD dwMilliseconds) {
