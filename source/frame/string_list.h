@@ -9,6 +9,9 @@ namespace pikel {
 
 class StringList {
  public:
+    using value_type = std::string;
+    using const_iterator = std::vector<std::string>::const_iterator;
+
     StringList() = default;
     /// Splits a text. The search is byte by byte and knows nothing of double-byte characters. A null or empty text gives
     /// no element at all.
@@ -23,8 +26,8 @@ class StringList {
     std::size_t size() const { return m_vecTexts.size(); }
     bool empty() const { return m_vecTexts.empty(); }
     const std::string& operator[](std::size_t index) const { return m_vecTexts[index]; }
-    auto begin() const { return m_vecTexts.begin(); }
-    auto end() const { return m_vecTexts.end(); }
+    const_iterator begin() const { return m_vecTexts.begin(); }
+    const_iterator end() const { return m_vecTexts.end(); }
     char Delimiter() const { return m_chDelimiter; }
     /// First element, or an empty text where there is none.
     const std::string& FrontOrEmpty() const;
