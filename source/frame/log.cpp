@@ -106,20 +106,39 @@ constexpr LogSink kSinks[] = {
 
 // ---- lines ----------------------------------------------------------------------------------------------------------
 
-/// "[--- Date:MM/DD/YY , Time:HH:MM:SS ---]  message" and CR LF. A message that is too long for the line is cut; CR LF
-/// stays.
-std::string StampedLine(std::string_view message) {
+/// Formats into a buffer of size bytes. What doesn't fit is cut, and a NUL always ends it.
+void FormatCut(char* pBuffer, std::size_t size, const char* format, std::va_list arguments) {
+    pBuffer[0] = '\0';
+    std::vsnprintf(pBuffer, size, format, arguments);
+    pBuffer[size - 1] = '\0';
+}
+
+template <std::size_t Size>
+[[gnu::format(printf, 2, 3)]] void FormatCut(char (&buffer)[Size], const char* format, ...) {
+    std::va_list arguments;
+    va_start(arguments, format);
+    FormatCut(buffer, Size, format, arguments);
+    va_end(arguments);
+}
+
+/// "--- Date:MM/DD/YY , Time:HH:MM:SS ---", local time.
+std::string Stamp() {
     SYSTEMTIME time = {};
     Platform().GetLocalTime(&time);
-    char szStamp[96];
-    std::snprintf(szStamp, sizeof(szStamp), "[--- Date:%02u/%02u/%02u , Time:%02u:%02u:%02u ---]  ",
-                  unsigned{time.wMonth}, unsigned{time.wDay}, unsigned{time.wYear} % 100, unsigned{time.wHour},
-                  unsigned{time.wMinute}, unsigned{time.wSecond});
+    char szDate[24];
+    char szTime[24];
+    char szStamp[80];
+    FormatCut(szDate, "%02d/%02d/%02d", time.wMonth, time.wDay, time.wYear % 100);
+    FormatCut(szTime, "%02d:%02d:%02d", time.wHour, time.wMinute, time.wSecond);
+    FormatCut(szStamp, "--- Date:%s , Time:%s ---", szDate, szTime);
+    return szStamp;
+}
 
-    std::string strLine = szStamp;
-    strLine += message.substr(0, kLineLength - kLineEndLength - strLine.size());
-    strLine += kLineEnd;
-    return strLine;
+/// Stamp, message and CR LF. A message that is too long for the line is cut; CR LF stays.
+std::string StampedLine(LPCSTR lpszMessage) {
+    char szLine[kLineLength - kLineEndLength + 1];
+    FormatCut(szLine, "[%s]  %s", Stamp().c_str(), lpszMessage);
+    return std::string(szLine) + kLineEnd;
 }
 
 /// Writes an error's text with its place in the source. A code that the system has no text for writes nothing.
@@ -135,8 +154,8 @@ void WriteErrorText(DWORD dwCode, LPCSTR lpszSource, DWORD dwLine) {
     const PathParts source = SplitPath(lpszSource == nullptr ? "" : lpszSource);
     char szText[kTextSize];
     // The system's text ends in its own line break, which stays.
-    std::snprintf(szText, sizeof(szText), "***** Error!!! %s [%s%s:%d] *****", lpszMessage, source.strName.c_str(),
-                  source.strExtension.c_str(), static_cast<int>(dwLine));
+    FormatCut(szText, "***** Error!!! %s [%s%s:%d] *****", lpszMessage, source.strName.c_str(),
+              source.strExtension.c_str(), static_cast<int>(dwLine));
     WriteLogText(szText, nullptr, -1);
 }
 
@@ -237,13 +256,15 @@ void ResetLog() {
 }
 
 void WriteLogText(LPCSTR lpszText, LPCSTR lpszSource, INT nLine) {
-    std::string strMessage = lpszText;
+    char szMessage[kTextSize];
     if (lpszSource != nullptr && nLine >= 0) {
         const PathParts source = SplitPath(lpszSource);
-        strMessage += ", [" + source.strName + source.strExtension + ':' + std::to_string(nLine) + ']';
+        FormatCut(szMessage, "%s, [%s%s:%d]", lpszText, source.strName.c_str(), source.strExtension.c_str(), nLine);
+    } else {
+        FormatCut(szMessage, "%s", lpszText);
     }
-    const std::string strLine = StampedLine(strMessage);
-    const LogLine line = {strMessage, strLine};
+    const std::string strLine = StampedLine(szMessage);
+    const LogLine line = {szMessage, strLine};
     for (const LogSink& sink : kSinks) {
         if (g_logSettings.*sink.pfIsOn) {
             sink.pfnWrite(line);
@@ -255,9 +276,8 @@ void WriteLogLine(const char* format, ...) {
     va_list arguments;
     va_start(arguments, format);
     Silently([&] {
-        char szText[kTextSize] = {};
-        std::vsnprintf(szText, sizeof(szText), format, arguments);
-        szText[sizeof(szText) - 1] = '\0';
+        char szText[kTextSize];
+        FormatCut(szText, sizeof(szText), format, arguments);
         WriteLogText(szText, nullptr, -1);
     });
     va_end(arguments);
