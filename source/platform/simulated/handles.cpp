@@ -32,6 +32,8 @@ std::string_view KindName(HandleKind kind) {
             return "printer";
         case HandleKind::Module:
             return "library";
+        case HandleKind::DeviceContext:
+            return "device context";
     }
     return "handle";
 }

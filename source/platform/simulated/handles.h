@@ -22,6 +22,7 @@ enum class HandleKind {
     QueueContext,
     Printer,
     Module,
+    DeviceContext,
 };
 
 class Handles {
