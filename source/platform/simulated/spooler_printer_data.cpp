@@ -1,0 +1,27 @@
+// What printers keep beside their settings.
+#include "platform/simulated/spooler_printer_data.h"
+
+#include "platform/simulated/spooler_printers.h"
+
+namespace pikel::simulated {
+
+std::string PrinterData::KeyOf(std::string_view key) const {
+    return Printers::KeyOf(m_printer) + "\\" + std::string(key);
+}
+
+DWORD PrinterData::Set(std::string_view key, std::string_view value, DWORD type, std::string_view data) {
+    const bool isKey =
+        !key.empty() && !key.starts_with('\\') && !key.ends_with('\\') && key.find("\\\\") == std::string_view::npos;
+    if (!isKey || value.empty()) {
+        return ERROR_INVALID_PARAMETER;
+    }
+    Registry& registry = m_machine.Registry();
+    registry.Set(KeyOf(key), value, type, data);
+    return registry.KeyExists(KeyOf(key)) ? ERROR_SUCCESS : ERROR_INVALID_PARAMETER;
+}
+
+const RegistryValue* PrinterData::Get(std::string_view key, std::string_view value) const {
+    return key.empty() ? nullptr : m_machine.Registry().Find(KeyOf(key), value);
+}
+
+}  // namespace pikel::simulated
