@@ -131,7 +131,7 @@ std::string ShowBuild(const SystemDescription& system) {
 
 const char* TakeCodePage(SystemDescription& system, std::string_view value) {
     std::optional<std::uint64_t> number = Number(value);
-    bool isKnown = number && *number > 0 && *number <= 65535 && ToWide(static_cast<UINT>(*number), "A") == u"A";
+    bool isKnown = number && *number > 0 && *number <= 65535 && KnowsCodePage(static_cast<UINT>(*number));
     if (!isKnown) {
         return "the number of a code page, such as 1252 or 932";
     }

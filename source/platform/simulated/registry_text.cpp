@@ -25,9 +25,13 @@ bool IsPlainAscii(std::string_view text) {
     return true;
 }
 
-bool HasControls(std::string_view text) {
-    for (char c : text) {
-        if ((static_cast<unsigned char>(c) < 0x20) || c == 0x7f) {
+/// Control characters of ASCII, and with `isUtf8` those of the range U+0080 to U+009F.
+bool HasControls(std::string_view text, bool isUtf8 = false) {
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        const auto byte = static_cast<unsigned char>(text[i]);
+        const bool isUpper =
+            isUtf8 && byte == 0xC2 && i + 1 < text.size() && static_cast<unsigned char>(text[i + 1]) < 0xA0;
+        if (byte < 0x20 || byte == 0x7f || isUpper) {
             return true;
         }
     }
@@ -43,7 +47,7 @@ std::optional<std::string> ShownAsUtf8(UINT codePage, std::string_view text) {
         return std::nullopt;
     }
     std::string utf8 = ToUtf8(codePage, text);
-    if (HasControls(utf8) || FromUtf8(codePage, utf8) != text) {
+    if (HasControls(utf8, true) || FromUtf8(codePage, utf8) != text) {
         return std::nullopt;
     }
     return utf8;
