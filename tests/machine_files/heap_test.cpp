@@ -212,11 +212,12 @@ TEST_F(HeapOperations, BstrWithoutASourceIsToBeFilledIn) {
 
 TEST_F(HeapOperations, SecondFreeOfABstrIsNoted) {
     Test().AllowOpen();
-    BSTR text = Platform().SysAllocStringLen(u"x", 1);
-    Platform().SysFreeString(text);
-    Platform().SysFreeString(text);
+    // Past the shims: the trace would read the text.
+    BSTR text = NativePlatform().SysAllocStringLen(u"x", 1);
+    NativePlatform().SysFreeString(text);
+    NativePlatform().SysFreeString(text);
     EXPECT_EQ(Machine().Heap().Misuses().size(), 1u);
-    EXPECT_EQ(Platform().SysStringLen(text), 0u);
+    EXPECT_EQ(NativePlatform().SysStringLen(text), 0u);
 }
 
 }  // namespace
