@@ -6,6 +6,7 @@
 #include "frame/log.h"
 #include "frame/os_identity.h"
 #include "frame/pikel.h"
+#include "platform/simulated/modules.h"
 #include "support/machine_test.h"
 
 namespace pikel::testing_support {
@@ -74,7 +75,9 @@ const std::vector<SlotCase> kSlots = {
 
 class TableTest : public MachineTest {
  protected:
+    TableTest() { SetAttachedModule(simulated::LibraryModule()); }
     ~TableTest() override {
+        SetAttachedModule(nullptr);
         // A test that fails between bring-up and tear-down must not leave its count to the next one.
         for (; m_initialized > 0; --m_initialized) {
             Table().PI_KEL_Shutdown();

@@ -1,0 +1,185 @@
+#include "session.h"
+
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <system_error>
+
+#include "failure.h"
+#include "platform/platform.h"
+
+#ifdef _WIN32
+#include <io.h>
+#define isatty _isatty
+#define fileno _fileno
+#else
+#include <unistd.h>
+
+#include "platform/simulated/machine.h"
+#endif
+
+namespace pikel::cli {
+
+namespace {
+
+bool HasDriveLetter(const std::string& path) { return path.size() >= 2 && path[1] == ':'; }
+
+/// dwArchitecture of a system by its version and processor.
+DWORD ArchitectureOf(DWORD platform, DWORD major, DWORD processorType) {
+    if (platform == VER_PLATFORM_WIN32_WINDOWS) {
+        return PIKEL_ARCHITECTURE_WINDOWS_9X;
+    }
+    if (major < 5) {
+        return PIKEL_ARCHITECTURE_NT4_X86;
+    }
+    return processorType == 8664   ? PIKEL_ARCHITECTURE_X64
+           : processorType == 2200 ? PIKEL_ARCHITECTURE_IA64
+                                   : PIKEL_ARCHITECTURE_NT_X86;
+}
+
+}  // namespace
+
+Session::~Session() = default;
+
+void Session::Check(const char* operation, DWORD status, DWORD prefix) {
+    if (status != 0) {
+        throw OperationFailed(operation, status, prefix);
+    }
+}
+
+const PI_KEL_Interface& Session::Table() {
+    if (!m_library) {
+        PrepareEnvironment();
+        m_library = std::make_unique<Library>();
+    }
+    return m_library->Table();
+}
+
+#ifdef _WIN32
+
+void Session::PrepareEnvironment() const {
+    if (!traceFile.empty()) {
+        throw ToolError("--trace works on a simulated machine alone");
+    }
+}
+
+std::string Session::PathFor(const std::string& file) {
+    char path[MAX_PATH];
+    DWORD length = GetFullPathNameA(file.c_str(), sizeof path, path, nullptr);
+    if (length == 0 || length >= sizeof path) {
+        throw ToolError(file + ": not a usable path");
+    }
+    return path;
+}
+
+void Session::RequireMachine() {
+    if (!machineFolder.empty()) {
+        throw ToolError("--machine: simulated machines exist in the native build alone");
+    }
+}
+
+Target Session::TargetSystem() {
+    if (!targetSystem.empty()) {
+        throw ToolError("--for: systems by name exist in the native build alone");
+    }
+    OSVERSIONINFOA version{};
+    version.dwOSVersionInfoSize = sizeof version;
+    Platform().GetVersionExA(&version);
+    SYSTEM_INFO system{};
+    Platform().GetSystemInfo(&system);
+    return {ArchitectureOf(version.dwPlatformId, version.dwMajorVersion, system.dwProcessorType),
+            version.dwMajorVersion, version.dwMinorVersion};
+}
+
+#else
+
+void Session::PrepareEnvironment() const {
+    if (!machineFolder.empty()) {
+        setenv("PIKEL_MACHINE", machineFolder.c_str(), 1);
+    }
+    if (!m_mediumFolder.empty()) {
+        setenv("PIKEL_MEDIUM", m_mediumFolder.c_str(), 1);
+    }
+    if (!traceFile.empty()) {
+        setenv("PIKEL_TRACE", traceFile.c_str(), 1);
+    }
+}
+
+std::string Session::PathFor(const std::string& file) {
+    if (HasDriveLetter(file)) {
+        return file;
+    }
+    std::error_code error;
+    std::filesystem::path path = std::filesystem::absolute(file, error);
+    if (error || !std::filesystem::is_regular_file(path, error)) {
+        throw ToolError(file + ": no such file; a path of the machine begins with its drive, as in C:\\Temp\\a.inf");
+    }
+    m_mediumFolder = path.parent_path().string();
+    return "D:\\" + path.filename().string();
+}
+
+void Session::RequireMachine() {
+    const char* named = std::getenv("PIKEL_MACHINE");
+    if (machineFolder.empty() && named != nullptr) {
+        machineFolder = named;
+    }
+    if (machineFolder.empty()) {
+        throw ToolError(
+            "no machine is named; make one with `pikel machine new DIR --system xp` and name it with --machine DIR or "
+            "in PIKEL_MACHINE");
+    }
+    try {
+        simulated::Machine::Open(machineFolder);
+    } catch (const simulated::MachineError& problem) {
+        throw ToolError(problem.what());
+    }
+}
+
+Target Session::TargetSystem() {
+    simulated::SystemDescription system = *simulated::FindSystem("xp");
+    if (!targetSystem.empty()) {
+        const simulated::SystemDescription* named = simulated::FindSystem(targetSystem);
+        if (named == nullptr) {
+            throw ToolError("--for " + targetSystem + ": no such system; `pikel machine systems` lists them");
+        }
+        system = *named;
+    } else if (!machineFolder.empty() || std::getenv("PIKEL_MACHINE") != nullptr) {
+        RequireMachine();
+        system = simulated::Machine::Open(machineFolder)->System();
+    }
+    return {ArchitectureOf(system.platform, system.major, system.processorType), system.major, system.minor};
+}
+
+#endif
+
+void Session::Print(const nlohmann::json& json, const std::function<void()>& asText) const {
+    if (asJson) {
+        std::printf("%s\n", json.dump(2).c_str());
+    } else {
+        asText();
+    }
+}
+
+void Session::Progress(const std::string& text) const {
+    if (!asJson && isatty(fileno(stderr)) != 0) {
+        std::fprintf(stderr, "%s\n", text.c_str());
+    }
+}
+
+std::string Utf8(const char* text) {
+    const PlatformTable& platform = Platform();
+    int length = platform.MultiByteToWideChar(CP_ACP, 0, text, -1, nullptr, 0);
+    std::basic_string<WCHAR> wide(length > 0 ? static_cast<std::size_t>(length) : 0, 0);
+    platform.MultiByteToWideChar(CP_ACP, 0, text, -1, wide.data(), length);
+    int bytes = platform.WideCharToMultiByte(CP_UTF8, 0, wide.data(), length, nullptr, 0, nullptr, nullptr);
+    std::string utf8(bytes > 0 ? static_cast<std::size_t>(bytes) : 0, '\0');
+    platform.WideCharToMultiByte(CP_UTF8, 0, wide.data(), length, utf8.data(), bytes, nullptr, nullptr);
+    utf8.resize(utf8.empty() ? 0 : utf8.size() - 1);
+    return utf8;
+}
+
+nlohmann::json JsonText(const char* text) {
+    return text == nullptr ? nlohmann::json(nullptr) : nlohmann::json(Utf8(text));
+}
+
+}  // namespace pikel::cli

@@ -1,0 +1,84 @@
+// One run of the tool: the options that hold for every command, the system that it works on, and its output.
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <nlohmann/json.hpp>
+#include <string>
+
+#include "library.h"
+#include "platform/types.h"
+
+namespace pikel::cli {
+
+/// The system for which an INF is read.
+struct Target {
+    DWORD architecture = 0;  ///< dwArchitecture
+    DWORD major = 0;
+    DWORD minor = 0;
+};
+
+class Session {
+ public:
+    std::string machineFolder;  ///< --machine; empty: PIKEL_MACHINE
+    std::string traceFile;      ///< --trace
+    std::string targetSystem;   ///< --for: name of a system; empty: the one at hand
+    bool asJson = false;        ///< --json
+
+    /// The table of operations; the library is loaded on first use, with the machine, medium and trace set by then.
+    const PI_KEL_Interface& Table();
+
+    /// The path under which the library finds a file. On a machine a host file's folder becomes the disk in drive D:, a
+    /// path with a drive letter is the machine's own. On Windows the full path. Throws ToolError for a missing file.
+    std::string PathFor(const std::string& file);
+
+    /// Throws ToolError, with what to do, unless a machine is named. On Windows the system itself is the machine.
+    void RequireMachine();
+
+    Target TargetSystem();
+
+    /// Prints a result: the JSON with --json, else what the function prints.
+    void Print(const nlohmann::json& json, const std::function<void()>& asText) const;
+    /// A progress line on standard error, only where a person looks at it.
+    void Progress(const std::string& text) const;
+
+    /// Throws OperationFailed for a non-zero status.
+    static void Check(const char* operation, DWORD status, DWORD prefix);
+
+    ~Session();
+
+ private:
+    void PrepareEnvironment() const;
+
+    std::string m_mediumFolder;
+    std::unique_ptr<Library> m_library;
+};
+
+/// Frees a block that the table handed out.
+template <class Block>
+class TableBlock {
+ public:
+    explicit TableBlock(const PI_KEL_Interface& table) : m_table(table) {}
+    ~TableBlock() {
+        if (m_block != nullptr) {
+            m_table.PI_KEL_FreeMemory(m_block);
+        }
+    }
+    TableBlock(const TableBlock&) = delete;
+    TableBlock& operator=(const TableBlock&) = delete;
+    Block** Out() { return &m_block; }
+    Block* Get() const { return m_block; }
+    Block* operator->() const { return m_block; }
+
+ private:
+    const PI_KEL_Interface& m_table;
+    Block* m_block = nullptr;
+};
+
+/// Narrow text of the system as UTF-8.
+std::string Utf8(const char* text);
+/// The same where the text may be null: JSON null then.
+nlohmann::json JsonText(const char* text);
+
+}  // namespace pikel::cli
