@@ -26,7 +26,7 @@ std::u16string ReadUtf16(std::string_view bytes, bool isBigEndian) {
 }
 
 /// The file's text in the code page, up to a Ctrl-Z.
-std::string Decode(std::string bytes, UINT codePage) {
+std::string Decode(std::string&& bytes, UINT codePage) {
     const std::string_view view = bytes;
     if (view.size() % 2 == 0) {
         if (view.starts_with("\xFF\xFE") || view.starts_with("\xFE\xFF")) {
@@ -41,7 +41,7 @@ std::string Decode(std::string bytes, UINT codePage) {
         const std::string_view text = view.substr(3);
         return codePage == CP_UTF8 ? std::string(text) : FromWide(codePage, ToWide(CP_UTF8, text));
     }
-    return bytes;
+    return std::move(bytes);
 }
 
 }  // namespace
