@@ -370,8 +370,9 @@ DWORD Files::Write(std::string_view path, std::string_view bytes) {
     if (place.code == ERROR_PATH_NOT_FOUND && !place.path.names.empty()) {
         MachinePath folder = place.path;
         folder.names.pop_back();
-        if (const DWORD code = MakeFolders(WindowsPath(m_state->Find(std::move(folder)).host)); code != ERROR_SUCCESS) {
-            return code;
+        const DWORD code = MakeFolders(WindowsPath(m_state->Find(std::move(folder)).host));
+        if (code != ERROR_SUCCESS) {
+            return code == ERROR_ALREADY_EXISTS ? static_cast<DWORD>(ERROR_PATH_NOT_FOUND) : code;
         }
         place = m_state->Find(path);
     }

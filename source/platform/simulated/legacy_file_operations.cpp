@@ -7,6 +7,7 @@
 #include <string_view>
 
 #include "platform/simulated/machine.h"
+#include "platform/simulated/machine_path.h"
 #include "platform/simulated/open_files.h"
 #include "platform/simulated/operations.h"
 
@@ -51,21 +52,35 @@ DWORD ShareOf(UINT style) {
     }
 }
 
-/// Full path of the file that a name stands for: a name alone is looked for in the folders of the search path.
-std::string FullPath(std::string_view name, bool mayBeMissing) {
+/// A path in full, in the spelling given; empty for one that can't name a file.
+std::string FullPath(std::string_view path) {
+    const SystemDescription& system = Current().System();
+    const MachinePath parsed = ParsePath(path, system.codePage, system.systemDirectory[0]);
+    if (parsed.code != ERROR_SUCCESS) {
+        return {};
+    }
+    std::string full = std::string(1, parsed.drive) + ":";
+    for (const std::string& name : parsed.names) {
+        full += "\\" + FromUtf8(system.codePage, name);
+    }
+    return full;
+}
+
+/// Where the file lies that a name stands for: a name alone is looked for in the folders of the search path.
+std::string PlaceOf(std::string_view name) {
     Machine& machine = Current();
     const bool isBare = name.find_first_of("\\/:") == std::string_view::npos;
-    if (isBare && !mayBeMissing) {
+    if (isBare && !machine.Files().Exists(name)) {
         const std::string folders[] = {std::string(FolderOf(machine.ModulePath())), machine.System().systemDirectory,
                                        machine.System().windowsDirectory};
         for (const std::string& folder : folders) {
             std::string path = folder + "\\" + std::string(name);
-            if (!machine.Files().Exists(name) && machine.Files().Exists(path)) {
+            if (machine.Files().Exists(path)) {
                 return path;
             }
         }
     }
-    return machine.Files().WindowsPath(machine.Files().HostPath(name));
+    return FullPath(name);
 }
 
 HFILE Refuse(OFSTRUCT* structure, DWORD code) {
@@ -102,7 +117,8 @@ HFILE WINAPI OpenFile(LPCSTR lpFileName, LPOFSTRUCT lpReOpenBuff, UINT uStyle) {
     if (lpFileName == nullptr || *lpFileName == '\0') {
         return Refuse(lpReOpenBuff, ERROR_PATH_NOT_FOUND);
     }
-    const std::string path = FullPath(lpFileName, (uStyle & (kCreate | kParse)) != 0);
+    const bool mayBeMissing = (uStyle & (kCreate | kParse)) != 0;
+    const std::string path = mayBeMissing ? FullPath(lpFileName) : PlaceOf(lpFileName);
     if (path.size() >= sizeof lpReOpenBuff->szPathName) {
         return Refuse(lpReOpenBuff, ERROR_INVALID_DATA);
     }
