@@ -65,7 +65,7 @@ class TestMachine {
 /// Fixture with one xp machine; Start makes another in its place.
 class MachineTest : public ::testing::Test {
  protected:
-    MachineTest() : m_test(std::make_unique<TestMachine>()) {}
+    explicit MachineTest(std::string_view system = "xp") : m_test(std::make_unique<TestMachine>(system)) {}
     void Start(std::string_view system) {
         m_test.reset();
         m_test = std::make_unique<TestMachine>(system);
@@ -80,7 +80,7 @@ class MachineTest : public ::testing::Test {
 /// Fixture for tests that hold on every system: TEST_P with INSTANTIATE_ON_EVERY_SYSTEM.
 class EverySystemTest : public MachineTest, public ::testing::WithParamInterface<std::string> {
  protected:
-    EverySystemTest() { Start(GetParam()); }
+    EverySystemTest() : MachineTest(GetParam()) {}
 };
 
 #define INSTANTIATE_ON_EVERY_SYSTEM(fixture)                                                                  \
