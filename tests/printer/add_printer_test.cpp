@@ -1,6 +1,8 @@
 // Adding a printer or a connection.
 #include "printer/add_printer.h"
 
+#include <new>
+
 #include "platform/simulated/desktop.h"
 #include "platform/simulated/operations.h"
 #include "printer/effective_dev_mode.h"
@@ -14,8 +16,6 @@ using ::testing::Contains;
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 using ::testing::Not;
-
-constexpr char kShared[] = "\\\\server\\Laser";
 
 /// What the spooler was given to write. The calls go on to the machine, through the fault shim.
 struct Written {
@@ -278,6 +278,18 @@ TEST_P(AddPrinterOnEverySystem, NameWithTwoBackslashesIsConnectedToOnTheNtFamily
     }
 }
 
+TEST_P(AddPrinterOnEverySystem, SharedPrinterIsConnectedTo) {
+    if (Is9x()) {
+        return;
+    }
+    ShareOnTheNetwork(Test());
+    PrinterText text(kShared);
+    EXPECT_EQ(DoAddPrinter(&text.Record(), nullptr), 0u);
+    EXPECT_THAT(PrintersOn(Test()), ElementsAre(kShared));
+    EXPECT_FALSE(Machine().Registry().KeyExists(std::string(kPrintersOn) + "\\,,server,Laser"));
+    EXPECT_TRUE(Machine().Registry().KeyExists("HKCU\\Printers\\Connections\\,,server,Laser"));
+}
+
 TEST_P(AddPrinterOnEverySystem, ConnectionThatSucceedsEndsTheWork) {
     if (Is9x()) {
         return;
@@ -390,6 +402,17 @@ TEST_P(AddPrinterOnEverySystem, DevModeComesBackAfterAConnection) {
     DEVMODEA devMode{};
     text.Record().pDevMode = &devMode;
     EXPECT_EQ(DoAddPrinter(&text.Record(), nullptr), 0u);
+    EXPECT_EQ(text.Record().pDevMode, &devMode);
+}
+
+TEST_P(AddPrinterOnEverySystem, DevModeComesBackBeforeAnException) {
+    DevModeSwitch off(0);
+    PrinterText text("P1");
+    DEVMODEA devMode{};
+    text.Record().pDevMode = &devMode;
+    ReplacedOperations replaced;
+    replaced.table.AddPrinterA = [](LPSTR, DWORD, LPBYTE) -> HANDLE { throw std::bad_alloc(); };
+    EXPECT_THROW(DoAddPrinter(&text.Record(), nullptr), std::bad_alloc);
     EXPECT_EQ(text.Record().pDevMode, &devMode);
 }
 

@@ -10,8 +10,6 @@ using namespace testing_support;
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 
-constexpr char kShared[] = "\\\\server\\Laser";
-
 /// Entries that EnumPrintersA lists.
 struct Entry {
     const char* name;
@@ -66,6 +64,15 @@ TEST_P(ConnectionTestOnEverySystem, AsksTheSpoolerWhereTheFormIsNotEnough) {
 
 TEST_P(ConnectionTestOnEverySystem, MachineWithoutPrintersHasNoConnection) {
     EXPECT_EQ(IsPrinterConnection(kShared, 0), 0u);
+}
+
+TEST_P(ConnectionTestOnEverySystem, KnowsWhatTheUserIsConnectedTo) {
+    InstallDriver(Test());
+    ShareOnTheNetwork(Test());
+    EXPECT_EQ(IsPrinterConnection(kShared, 0), 0u);  // within reach is not connected
+    const BOOL connected = Platform().AddPrinterConnectionA(const_cast<LPSTR>(kShared));
+    EXPECT_EQ(connected, Is9xName(GetParam()) ? FALSE : TRUE);
+    EXPECT_EQ(IsPrinterConnection("\\\\SERVER\\LASER", 0), connected ? 1u : 0u);
 }
 
 TEST_P(ConnectionTestOnEverySystem, ReadsTheSpoolerAtLevel2) {

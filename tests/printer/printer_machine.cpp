@@ -139,6 +139,10 @@ void MakeDefaultOn(TestMachine& test, const std::string& name) {
     }
 }
 
+void ShareOnTheNetwork(TestMachine& test) {
+    test->Registry().SetText("HKLM\\SOFTWARE\\Simulated Network\\Servers\\server\\Laser", "Driver", kDriver);
+}
+
 simulated::SystemDescription SystemWithoutRoute() {
     simulated::SystemDescription system = *simulated::FindSystem("win95");
     system.name = "win32s";

@@ -65,6 +65,10 @@ std::vector<std::string> PrintersOn(TestMachine& test);
 /// Makes a printer the default one in the way of the machine's system.
 void MakeDefaultOn(TestMachine& test, const std::string& name);
 
+/// Puts a shared printer, "\\\\server\\Laser", within the machine's reach.
+inline constexpr char kShared[] = "\\\\server\\Laser";
+void ShareOnTheNetwork(TestMachine& test);
+
 /// A system that has no row: Win32s.
 simulated::SystemDescription SystemWithoutRoute();
 
