@@ -19,7 +19,7 @@ enum DirID : DWORD {
 };
 
 class CInfDestinationDirsSection {
- public:
+  public:
     /// Reads one line. The fields are not reset first; 1359 when the key isn't there.
     DWORD GetData(HINF hInf, LPCSTR lpszKey);
 

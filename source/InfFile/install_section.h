@@ -18,7 +18,7 @@ struct CopyFileEntry {
 };
 
 class CInfInstallSection {
- public:
+  public:
     /// Reads the whole section. The status is that of the CopyFiles step alone; everything else is read all the same.
     DWORD GetData(HINF hInf, LPCSTR lpszSection);
 

@@ -48,7 +48,7 @@ DWORD ProcessorTypeOf(const std::string& strSection) {
 
 /// The choice while it goes through the decorations of one line.
 class BestDecoration {
- public:
+  public:
     BestDecoration(const std::string& strMfgFront, DWORD dwVersion)
         : m_strMfgFront(strMfgFront), m_dwVersion(dwVersion) {}
 
@@ -69,7 +69,7 @@ class BestDecoration {
     /// The chosen name; the plain section name when no decoration was taken.
     std::string Take() { return m_bTaken ? std::move(m_strBestRet) : m_strMfgFront; }
 
- private:
+  private:
     /// Bare decorations replace each other, up to the first one with a version.
     void ConsiderBare(const std::string& strDecoration) {
         if (!m_bFound) {

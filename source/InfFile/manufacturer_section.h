@@ -9,7 +9,7 @@
 namespace pikel {
 
 class CInfManufacturerSection {
- public:
+  public:
     /// Reads the section and chooses a models section for each of its lines.
     /// @param dwProcessor       handed on to the choice, where it has no effect
     /// @param dwMajor, dwMinor  version of the target system; low bytes count
@@ -20,7 +20,7 @@ class CInfManufacturerSection {
     static std::string GetBestModelsSection(const StringList& csvManufacturer, DWORD dwProcessor, DWORD dwMajor,
                                             DWORD dwMinor);
 
-    StringList m_vecSections;     ///< chosen names in line order. Callers use element 0 alone.
+    StringList m_vecSections;  ///< chosen names in line order. Callers use element 0 alone.
     std::string m_strManufacturer;
     DWORD m_dwProcessorType = 0;  ///< of the last line: 0 no marker, 1 "NTia64", 2 "NTamd64"
 };

@@ -9,7 +9,7 @@
 namespace pikel {
 
 class CInfModelsSection {
- public:
+  public:
     /// Looks one model up. 1359 when the section or the model isn't there.
     DWORD GetData(HINF hInf, LPCSTR lpszSection, LPCSTR lpszModel);
 

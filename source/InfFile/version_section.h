@@ -9,7 +9,7 @@ namespace pikel {
 
 /// [Version] and the first value of [OEM URLS]. What is absent is empty.
 class CInfVersionSection {
- public:
+  public:
     /// Reads everything anew. Always 0; hInf is not kept.
     DWORD GetData(HINF hInf);
 

@@ -213,7 +213,7 @@ FARPROC FindColorDirectory(HMODULE module, LPCSTR name) {
 
 /// Every system, with a spooler and a colour library whose answers are made up.
 class DirectoryOfIdentifier : public EverySystemTest {
- protected:
+  protected:
     DirectoryOfIdentifier() {
         g_directoriesFail = false;
         g_driverDirectoryAsked = false;
@@ -355,7 +355,7 @@ INSTANTIATE_ON_EVERY_SYSTEM(DirectoryOfIdentifier);
 
 /// The same on the systems as they are.
 class DirectoryOnTheMachine : public EverySystemTest {
- protected:
+  protected:
     bool IsNt() const { return kFamilies.at(GetParam()).places == &kPlacesNT; }
 };
 

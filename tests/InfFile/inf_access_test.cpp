@@ -178,7 +178,7 @@ std::string TextOrNull(PCSTR text) {
 
 /// Every helper on a platform whose answers the test makes up.
 class ReadHelper : public MachineTest {
- protected:
+  protected:
     ReadHelper() {
         g_calls.clear();
         g_answers.clear();

@@ -34,7 +34,7 @@ LogLines Files(const std::vector<CopyFileEntry>& files) {
 }
 
 class InstallSection : public InfTest {
- protected:
+  protected:
     HINF OpenWithHead(const std::string& text) { return Open(kHead + text); }
 };
 

@@ -12,7 +12,7 @@ using ::testing::ElementsAre;
 constexpr char kHead[] = "[Version]\nSignature = \"$Windows NT$\"\n";
 
 class ManufacturerSection : public InfTest {
- protected:
+  protected:
     HINF OpenLines(const std::string& lines) { return Open(std::string(kHead) + "[Manufacturer]\n" + lines); }
 };
 
@@ -161,7 +161,7 @@ TEST_F(ManufacturerSection, IsClearedByTheNextRead) {
 // ---- a walk that ends half-way --------------------------------------------------------------------------------------
 
 class ManufacturerWalk : public ManufacturerSection {
- protected:
+  protected:
     /// Reads two lines of which the second can't be read, with the log on.
     void ExpectStop(DWORD status, const char* statusText) {
         Test().TurnLogOn(1);

@@ -141,7 +141,7 @@ INSTANTIATE_TEST_SUITE_P(Forms, ModelsSectionChoice, ::testing::ValuesIn(kForms)
 // ---- the log --------------------------------------------------------------------------------------------------------
 
 class ModelsSectionChoiceLog : public MachineTest {
- protected:
+  protected:
     LogLines Choose(const char* line, DWORD major, DWORD minor) {
         Test().TurnLogOn(1);
         CInfManufacturerSection::GetBestModelsSection(StringList(line, ','), 0, major, minor);

@@ -121,7 +121,7 @@ TEST_F(ModelsSection, ASectionThatIsNotThereGivesTheLastErrorAndAnEmptyList) {
 
 /// Three lines of which the third can't be read.
 class ModelsWalk : public InfTest {
- protected:
+  protected:
     void ExpectStop(DWORD status) {
         Test().TurnLogOn(1);
         StringList list;

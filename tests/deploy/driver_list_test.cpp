@@ -45,7 +45,7 @@ LogLines Texts(const StringList& list) {
 }
 
 class DriverList : public MachineTest {
- protected:
+  protected:
     void WriteInf(std::string_view text) { WriteFileOn(Machine(), kInfPath, text); }
 
     /// What the call hands out, as texts; the block is checked and freed.

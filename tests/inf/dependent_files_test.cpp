@@ -58,7 +58,7 @@ LogLines FilterLog() {
 }
 
 class DependentFiles : public MachineTest {
- protected:
+  protected:
     DependentFiles() { Test().TurnLogOn(1); }
 
     static std::string Run(DWORD (*member)(DWORD, const CInfInstallSection&, std::string&), DWORD version,

@@ -46,7 +46,7 @@ inline std::string InfErrorLine(DWORD code, int line) {
 
 /// One xp machine and one INF at a time. What a test opens is closed before the machine's own checks.
 class InfTest : public MachineTest {
- protected:
+  protected:
     /// Writes the text to kInfPath and opens it. Lines end in a bare line feed or CR LF.
     HINF Open(std::string_view text) {
         m_inf.Reset();
@@ -59,7 +59,7 @@ class InfTest : public MachineTest {
     /// Messages of the log; turn it on first.
     LogLines Log() { return Test().TakeLog(); }
 
- private:
+  private:
     InfHandle m_inf;
 };
 
