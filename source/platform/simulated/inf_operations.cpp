@@ -1,5 +1,4 @@
 // Setup API: reading INF files.
-#include <cstring>
 
 #include "platform/simulated/machine.h"
 #include "platform/simulated/open_inf.h"
@@ -89,7 +88,7 @@ BOOL HandOut(std::string_view text, PSTR buffer, DWORD size, PDWORD required) {
         if (size < needed) {
             return Fail(ERROR_INSUFFICIENT_BUFFER, FALSE);
         }
-        std::memcpy(buffer, text.data(), text.size());
+        text.copy(buffer, text.size());  // an empty field may have no characters to point at
         buffer[text.size()] = '\0';
     }
     return Succeed();
