@@ -147,15 +147,15 @@ void CodePage::AddWindowsOwn(UINT id) {
     }
     if (id == 932) {
         defaultCharacter = u'\u30FB';
-        // User-defined characters have lead bytes of their own, which the C library may leave out.
-        for (unsigned lead = 0xF0; lead <= 0xFC; ++lead) {
-            isLead[lead] = true;
-        }
         single[0x80] = 0x80;
         single[0xA0] = 0xF8F0;
         single[0xFD] = 0xF8F1;
         single[0xFE] = 0xF8F2;
         single[0xFF] = 0xF8F3;
+    }
+    // A lead byte is one also where no character goes with it.
+    for (std::size_t byte = 0x81; doubleByte && byte < 0xFF; ++byte) {
+        isLead[byte] = single[byte] == kNone;
     }
 }
 

@@ -1,0 +1,210 @@
+#include <cstring>
+
+#include "support/machine_test.h"
+
+namespace pikel {
+namespace {
+
+using simulated::SystemDescription;
+
+class SystemOperations : public testing_support::MachineTest {
+  protected:
+    void Change(const std::function<void(SystemDescription&)>& change) {
+        SystemDescription system = Machine().System();
+        change(system);
+        Machine().SetSystem(system);
+    }
+    static bool AcceptsSize(DWORD size) {
+        OSVERSIONINFOEXA version{};
+        version.dwOSVersionInfoSize = size;
+        Platform().SetLastError(0);
+        const BOOL result = Platform().GetVersionExA(reinterpret_cast<LPOSVERSIONINFOA>(&version));
+        EXPECT_EQ(Platform().GetLastError(), result ? 0u : 122u);
+        return result != FALSE;
+    }
+};
+
+class SystemOperationsEverywhere : public testing_support::EverySystemTest {};
+INSTANTIATE_ON_EVERY_SYSTEM(SystemOperationsEverywhere);
+
+TEST_P(SystemOperationsEverywhere, VersionFieldsAreTheMachines) {
+    const SystemDescription& system = Machine().System();
+    OSVERSIONINFOEXA version;
+    std::memset(&version, 0xEE, sizeof version);
+    version.dwOSVersionInfoSize = 148;
+    ASSERT_TRUE(Platform().GetVersionExA(reinterpret_cast<LPOSVERSIONINFOA>(&version)));
+    EXPECT_EQ(version.dwOSVersionInfoSize, 148u);
+    EXPECT_EQ(version.dwMajorVersion, system.major);
+    EXPECT_EQ(version.dwMinorVersion, system.minor);
+    EXPECT_EQ(version.dwBuildNumber, system.build);
+    EXPECT_EQ(version.dwPlatformId, system.platform);
+    EXPECT_EQ(version.szCSDVersion, system.servicePack);
+    EXPECT_EQ(version.wServicePackMajor, 0xEEEE) << "the short form ends before it";
+}
+
+TEST_P(SystemOperationsEverywhere, TheLongVersionIsKnownFromNt4ServicePack6On) {
+    OSVERSIONINFOEXA version{};
+    version.dwOSVersionInfoSize = 156;
+    const bool isKnown = !Machine().Is9x();
+    EXPECT_EQ(Platform().GetVersionExA(reinterpret_cast<LPOSVERSIONINFOA>(&version)) != FALSE, isKnown);
+    EXPECT_EQ(version.wServicePackMajor, isKnown ? Machine().System().servicePackMajor : 0);
+    EXPECT_EQ(version.wProductType, isKnown ? Machine().System().productType : 0);
+    EXPECT_EQ(version.wSuiteMask, isKnown ? Machine().System().suiteMask : 0);
+}
+
+TEST_P(SystemOperationsEverywhere, FoldersExistAndOnlyTheTemporaryOneEndsInABackslash) {
+    char buffer[MAX_PATH];
+    ASSERT_NE(Platform().GetWindowsDirectoryA(buffer, sizeof buffer), 0u);
+    EXPECT_EQ(buffer, Machine().System().windowsDirectory);
+    EXPECT_TRUE(Platform().PathFileExistsA(buffer));
+    ASSERT_NE(Platform().GetSystemDirectoryA(buffer, sizeof buffer), 0u);
+    EXPECT_EQ(buffer, Machine().System().systemDirectory);
+    EXPECT_TRUE(Platform().PathFileExistsA(buffer));
+    const DWORD length = Platform().GetTempPathA(sizeof buffer, buffer);
+    ASSERT_EQ(length, std::strlen(buffer));
+    EXPECT_EQ(buffer[length - 1], '\\');
+    EXPECT_TRUE(Platform().PathFileExistsA(buffer)) << buffer;
+}
+
+TEST_P(SystemOperationsEverywhere, TheProcessorIsTheMachines) {
+    SYSTEM_INFO info;
+    std::memset(&info, 0xEE, sizeof info);
+    Platform().GetSystemInfo(&info);
+    EXPECT_EQ(info.dwProcessorType, Machine().System().processorType);
+    EXPECT_EQ(info.wProcessorArchitecture, GetParam().ends_with("-x64") ? 9 : GetParam().ends_with("-ia64") ? 6 : 0);
+    EXPECT_EQ(info.dwNumberOfProcessors, 1u);
+}
+
+TEST_F(SystemOperations, OtherVersionSizesAreRefused) {
+    for (DWORD size : {0u, 1u, 147u, 149u, 155u, 157u, 0xFFFFFFFFu}) {
+        EXPECT_FALSE(AcceptsSize(size)) << size;
+    }
+    EXPECT_TRUE(AcceptsSize(148));
+    EXPECT_TRUE(AcceptsSize(156));
+}
+
+TEST_F(SystemOperations, Nt4BeforeServicePack6RefusesTheLongVersion) {
+    Start("nt4");
+    Change([](SystemDescription& system) { system.servicePackMajor = 5; });
+    EXPECT_FALSE(AcceptsSize(156));
+    EXPECT_TRUE(AcceptsSize(148));
+    Change([](SystemDescription& system) { system.servicePackMajor = 6; });
+    EXPECT_TRUE(AcceptsSize(156));
+    Change([](SystemDescription& system) { system.major = 3; });
+    EXPECT_FALSE(AcceptsSize(156));
+}
+
+TEST_F(SystemOperations, FolderCallsTellTheSizeThatASmallBufferLacks) {
+    const auto check = [](const std::function<DWORD(LPSTR, DWORD)>& call, const std::string& folder) {
+        char buffer[MAX_PATH] = "untouched";
+        const auto size = static_cast<DWORD>(folder.size());
+        EXPECT_EQ(call(nullptr, 0), size + 1);
+        EXPECT_EQ(call(buffer, size), size + 1);
+        EXPECT_STREQ(buffer, "untouched");
+        EXPECT_EQ(call(buffer, size + 1), size);
+        EXPECT_EQ(buffer, folder);
+    };
+    check([](LPSTR buffer, DWORD size) { return Platform().GetWindowsDirectoryA(buffer, size); }, "C:\\WINDOWS");
+    check([](LPSTR buffer, DWORD size) { return Platform().GetSystemDirectoryA(buffer, size); },
+          "C:\\WINDOWS\\system32");
+    check([](LPSTR buffer, DWORD size) { return Platform().GetTempPathA(size, buffer); }, "C:\\WINDOWS\\Temp\\");
+}
+
+TEST_F(SystemOperations, ComputerNameNeedsRoomForItsNul) {
+    Change([](SystemDescription& system) { system.computerName = "PRINTSRV"; });
+    char buffer[16] = "untouched";
+    DWORD size = 8;
+    EXPECT_FALSE(Platform().GetComputerNameA(buffer, &size));
+    EXPECT_EQ(Platform().GetLastError(), 111u);
+    EXPECT_EQ(size, 9u);
+    EXPECT_STREQ(buffer, "untouched");
+    EXPECT_TRUE(Platform().GetComputerNameA(buffer, &size));
+    EXPECT_EQ(size, 8u);
+    EXPECT_STREQ(buffer, "PRINTSRV");
+}
+
+TEST_F(SystemOperations, SleepMovesTheClockAndTakesNoTime) {
+    SYSTEMTIME start{};
+    start.wYear = 2004;
+    start.wMonth = 12;
+    start.wDay = 31;
+    start.wHour = 23;
+    start.wMinute = 59;
+    start.wSecond = 59;
+    start.wMilliseconds = 500;
+    Machine().SetLocalTime(start);
+    Platform().Sleep(600);
+    SYSTEMTIME now;
+    Platform().GetLocalTime(&now);
+    EXPECT_EQ(now.wYear, 2005);
+    EXPECT_EQ(now.wMonth, 1);
+    EXPECT_EQ(now.wDay, 1);
+    EXPECT_EQ(now.wHour, 0);
+    EXPECT_EQ(now.wMilliseconds, 100);
+    Platform().Sleep(0xFFFFFFFF);
+    EXPECT_EQ(Machine().Clock(), 600ULL + 0xFFFFFFFFULL);
+}
+
+struct TimeCase {
+    SYSTEMTIME time;
+    std::uint64_t ticks;  // 0: refused
+};
+
+TEST_F(SystemOperations, SystemTimesBecomeFileTimes) {
+    for (const TimeCase& c : {
+             TimeCase{{1601, 1, 0, 1, 0, 0, 0, 0}, 0x0}, TimeCase{{1601, 1, 1, 1, 0, 0, 0, 1}, 10000},
+             TimeCase{{1970, 1, 4, 1, 0, 0, 0, 0}, 116444736000000000u},
+             TimeCase{{2000, 2, 0, 29, 12, 34, 56, 789}, 125963012967890000u},
+             TimeCase{{2038, 1, 9, 19, 3, 14, 7, 0}, 137919572470000000u},  // the day of the week plays no part
+         }) {
+        FILETIME time{0xEEEEEEEE, 0xEEEEEEEE};
+        EXPECT_TRUE(Platform().SystemTimeToFileTime(&c.time, &time)) << c.time.wYear;
+        EXPECT_EQ((static_cast<std::uint64_t>(time.dwHighDateTime) << 32) | time.dwLowDateTime, c.ticks)
+            << c.time.wYear;
+    }
+}
+
+TEST_F(SystemOperations, DatesThatDontExistAreRefused) {
+    for (const SYSTEMTIME& time : {
+             SYSTEMTIME{1600, 12, 0, 31, 0, 0, 0, 0},
+             SYSTEMTIME{30828, 1, 0, 1, 0, 0, 0, 0},
+             SYSTEMTIME{2000, 0, 0, 1, 0, 0, 0, 0},
+             SYSTEMTIME{2000, 13, 0, 1, 0, 0, 0, 0},
+             SYSTEMTIME{2000, 1, 0, 0, 0, 0, 0, 0},
+             SYSTEMTIME{2000, 1, 0, 32, 0, 0, 0, 0},
+             SYSTEMTIME{2000, 4, 0, 31, 0, 0, 0, 0},
+             SYSTEMTIME{2001, 2, 0, 29, 0, 0, 0, 0},
+             SYSTEMTIME{1900, 2, 0, 29, 0, 0, 0, 0},
+             SYSTEMTIME{2000, 1, 0, 1, 24, 0, 0, 0},
+             SYSTEMTIME{2000, 1, 0, 1, 0, 60, 0, 0},
+             SYSTEMTIME{2000, 1, 0, 1, 0, 0, 60, 0},
+             SYSTEMTIME{2000, 1, 0, 1, 0, 0, 0, 1000},
+         }) {
+        FILETIME result{1, 2};
+        Platform().SetLastError(0);
+        EXPECT_FALSE(Platform().SystemTimeToFileTime(&time, &result)) << time.wYear << "-" << time.wMonth;
+        EXPECT_EQ(Platform().GetLastError(), 87u);
+        EXPECT_EQ(result.dwLowDateTime, 1u);
+    }
+    const SYSTEMTIME last{30827, 12, 0, 31, 23, 59, 59, 999};
+    FILETIME result{};
+    EXPECT_TRUE(Platform().SystemTimeToFileTime(&last, &result));
+}
+
+TEST_F(SystemOperations, FileTimesCompareAsNumbers) {
+    const FILETIME early{5, 1};
+    const FILETIME late{4, 2};
+    EXPECT_EQ(Platform().CompareFileTime(&early, &late), -1);
+    EXPECT_EQ(Platform().CompareFileTime(&late, &early), 1);
+    EXPECT_EQ(Platform().CompareFileTime(&late, &late), 0);
+}
+
+TEST_F(SystemOperations, TheLastErrorIsWhatWasSet) {
+    Platform().SetLastError(0xE0000102);
+    EXPECT_EQ(Platform().GetLastError(), 0xE0000102u);
+    Platform().SetLastError(0);
+    EXPECT_EQ(Platform().GetLastError(), 0u);
+}
+
+}  // namespace
+}  // namespace pikel
