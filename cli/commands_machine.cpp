@@ -15,6 +15,7 @@ void AddMachineCommands(CLI::App&, Session&) {}
 
 #else
 
+#include "platform/platform.h"
 #include "platform/simulated/machine.h"
 #include "system_view.h"
 

@@ -129,7 +129,9 @@ void Session::RequireMachine() {
             "in PIKEL_MACHINE");
     }
     try {
-        simulated::Machine::Open(machineFolder);
+        std::shared_ptr<simulated::Machine> machine = simulated::Machine::Open(machineFolder);
+        simulated::Use(machine.get());
+        m_machine = std::move(machine);
     } catch (const simulated::MachineError& problem) {
         throw ToolError(problem.what());
     }
@@ -145,7 +147,7 @@ Target Session::TargetSystem() {
         system = *named;
     } else if (!machineFolder.empty() || std::getenv("PIKEL_MACHINE") != nullptr) {
         RequireMachine();
-        system = simulated::Machine::Open(machineFolder)->System();
+        system = simulated::Current().System();
     }
     return {ArchitectureOf(system.platform, system.major, system.processorType), system.major, system.minor};
 }

@@ -52,6 +52,7 @@ class Session {
     void PrepareEnvironment() const;
 
     std::string m_mediumFolder;
+    std::shared_ptr<void> m_machine;  ///< the simulated machine, for what the tool itself asks it
     std::unique_ptr<Library> m_library;
 };
 

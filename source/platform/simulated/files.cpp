@@ -19,6 +19,7 @@ namespace pikel::simulated {
 namespace {
 
 constexpr DWORD kShareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
+constexpr char kMediumDrive = 'D';
 constexpr DWORD kFlagDeleteOnClose = 0x04000000;
 // Spellings of folders that are kept in mind before the memory starts anew.
 constexpr std::size_t kMostSpellings = 1024;
@@ -86,6 +87,13 @@ struct Files::State {
     void Match(Place& place);
 
     bool IsDenied(const Place& place) const { return IsAtOrBelow(denied, place.key); }
+    /// The disk in the drive; empty without one.
+    std::string medium;
+    bool IsOnMedium(const Place& place) const { return !medium.empty() && place.path.drive == kMediumDrive; }
+    bool IsClosedToChanges(const Place& place) const { return IsDenied(place) || IsOnMedium(place); }
+    std::string DriveFolder(char drive) const {
+        return !medium.empty() && drive == kMediumDrive ? medium : root + "/" + drive;
+    }
     DWORD CheckAccess(const Place& place, DWORD rights, DWORD share) const;
     DWORD CheckWrite(const Place& place) const;
 
@@ -113,7 +121,7 @@ Place Files::State::Find(MachinePath path) {
         return place;
     }
     place.key = place.path.Key(CodePage());
-    place.host = root + "/" + place.path.drive;
+    place.host = DriveFolder(place.path.drive);
     const std::size_t driveLength = place.host.size();
     for (const std::string& name : place.path.names) {
         place.host += '/';
@@ -168,6 +176,9 @@ void Files::State::Match(Place& place) {
 
 /// What an open meets apart from the file's being there.
 DWORD Files::State::CheckAccess(const Place& place, DWORD rights, DWORD share) const {
+    if (IsOnMedium(place) && (rights & (FILE_SHARE_WRITE | FILE_SHARE_DELETE)) != 0) {
+        return ERROR_WRITE_PROTECT;
+    }
     if (IsDenied(place) || ((rights & FILE_SHARE_WRITE) != 0 && place.IsReadOnly())) {
         return ERROR_ACCESS_DENIED;
     }
@@ -274,11 +285,16 @@ Files::Files(Machine& machine, std::filesystem::path root)
 
 Files::~Files() = default;
 
+void Files::InsertMedium(const std::filesystem::path& folder) {
+    m_state->medium = folder.string();
+    m_state->spellings.clear();
+}
+
 std::filesystem::path Files::HostPath(std::string_view path) const {
     const Place place = m_state->Find(path);
     // A name that isn't there has a place all the same, on a drive that is.
     struct stat drive {};
-    if (place.host.empty() || stat((m_state->root + "/" + place.path.drive).c_str(), &drive) != 0) {
+    if (place.host.empty() || stat(m_state->DriveFolder(place.path.drive).c_str(), &drive) != 0) {
         return {};
     }
     return place.host;
@@ -451,7 +467,7 @@ DWORD Files::Move(std::string_view source, std::string_view target, bool replace
     if (!to.Exists() && !to.CanBeMade()) {
         return to.code;
     }
-    if (m_state->IsDenied(to)) {
+    if (m_state->IsClosedToChanges(to)) {
         return ERROR_ACCESS_DENIED;
     }
     const bool takesPlace = to.Exists() && to.key != from.key;
@@ -508,7 +524,7 @@ DWORD Files::MakeFolder(std::string_view path) {
     if (!place.CanBeMade()) {
         return place.code;
     }
-    if (m_state->IsDenied(place)) {
+    if (m_state->IsClosedToChanges(place)) {
         return ERROR_ACCESS_DENIED;
     }
     FolderNames::Change change(m_state->names, HostFolderOf(place.host));
@@ -550,7 +566,7 @@ DWORD Files::RemoveFolder(std::string_view path) {
     if (!place.IsDirectory()) {
         return ERROR_DIRECTORY;
     }
-    if (place.path.IsRoot() || m_state->IsDenied(place)) {
+    if (place.path.IsRoot() || m_state->IsClosedToChanges(place)) {
         return ERROR_ACCESS_DENIED;
     }
     FolderNames::Change change(m_state->names, HostFolderOf(place.host));
@@ -562,7 +578,7 @@ DWORD Files::SetAttributes(std::string_view path, DWORD attributes) {
     if (!place.Exists()) {
         return place.code;
     }
-    if (m_state->IsDenied(place)) {
+    if (m_state->IsClosedToChanges(place)) {
         return ERROR_ACCESS_DENIED;
     }
     // The mark means nothing on a folder.
@@ -575,7 +591,7 @@ DWORD Files::SetWrittenAt(std::string_view path, FILETIME time) {
     if (!place.Exists()) {
         return place.code;
     }
-    if (m_state->IsDenied(place)) {
+    if (m_state->IsClosedToChanges(place)) {
         return ERROR_ACCESS_DENIED;
     }
     const timespec times[2] = {{.tv_sec = 0, .tv_nsec = UTIME_OMIT}, HostTimeOf(time)};

@@ -87,6 +87,9 @@ class Files {
     /// Opens that meet a locked range: they fail with 33 until the object goes.
     Held LockRange(std::string_view path);
 
+    /// Puts a folder of the host into drive D:, as a disk that can't be written to. It is no part of the machine's own
+    /// folder and goes with the process.
+    void InsertMedium(const std::filesystem::path& folder);
     /// No rights: opens, writes, deletes and creations at or below the path give 5.
     void Deny(std::string_view path);
     /// Room left on the drive in bytes; writes beyond it give 112. No limit by default.

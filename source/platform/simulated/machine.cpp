@@ -138,6 +138,10 @@ class DefaultMachine {
         } else {
             MakePrivate();
         }
+        const char* medium = std::getenv("PIKEL_MEDIUM");
+        if (medium != nullptr && *medium != '\0') {
+            m_machine->Files().InsertMedium(medium);
+        }
     }
     ~DefaultMachine() {
         m_machine.reset();

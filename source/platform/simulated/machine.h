@@ -127,6 +127,7 @@ class Machine {
 /// The machine that the operations work on. Without one made current, the machine that PIKEL_MACHINE names is opened on
 /// first use, or else a private xp machine is made in a temporary folder that goes with the process. A PIKEL_MACHINE
 /// that can't be opened ends the process with the reason on standard error: working on another machine would be worse.
+/// PIKEL_MEDIUM names a folder that lies in that machine's drive D: (see Files::InsertMedium).
 Machine& Current();
 /// Makes a machine current; null goes back to the default. The caller keeps it alive.
 void Use(Machine* machine);
