@@ -163,12 +163,12 @@ LSTATUS WINAPI RegOpenKeyExA(HKEY hKey, LPCSTR lpSubKey, DWORD /*ulOptions*/, RE
     if (phkResult == nullptr) {
         return Code(ERROR_INVALID_PARAMETER);
     }
+    *phkResult = nullptr;
     OpenKey key;
     LSTATUS code = Resolve(hKey, key);
     if (code != kDone) {
         return code;
     }
-    *phkResult = nullptr;
     std::string path;
     code = Join(key, lpSubKey, path);
     if (code != kDone) {
@@ -186,12 +186,12 @@ LSTATUS WINAPI RegCreateKeyExA(HKEY hKey, LPCSTR lpSubKey, DWORD Reserved, LPSTR
     if (phkResult == nullptr || Reserved != 0) {
         return Code(ERROR_INVALID_PARAMETER);
     }
+    *phkResult = nullptr;
     OpenKey key;
     LSTATUS code = Resolve(hKey, key);
     if (code != kDone) {
         return code;
     }
-    *phkResult = nullptr;
     std::string path;
     code = Join(key, lpSubKey, path);
     if (code != kDone) {
