@@ -66,7 +66,9 @@ std::string CreateError(const fs::path& folder, const SystemDescription& system)
 class MachineFolder : public ::testing::Test {
   protected:
     MachineFolder() {
-        std::string pattern = (fs::temp_directory_path() / "pikel-folder-XXXXXX").string();
+        const bool hasMemory = access("/dev/shm", W_OK) == 0;
+        const fs::path parent = hasMemory ? fs::path("/dev/shm") : fs::temp_directory_path();
+        std::string pattern = (parent / "pikel-folder-XXXXXX").string();
         m_folder = mkdtemp(pattern.data());
     }
     ~MachineFolder() override { fs::remove_all(m_folder); }
