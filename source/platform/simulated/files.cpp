@@ -13,6 +13,7 @@
 #include "platform/simulated/machine.h"
 #include "platform/simulated/machine_path.h"
 #include "platform/simulated/open_files.h"
+#include "platform/simulated/spooler_monitors.h"
 
 namespace pikel::simulated {
 
@@ -181,6 +182,11 @@ DWORD Files::State::CheckAccess(const Place& place, DWORD rights, DWORD share) c
     }
     if (IsDenied(place) || ((rights & FILE_SHARE_WRITE) != 0 && place.IsReadOnly())) {
         return ERROR_ACCESS_DENIED;
+    }
+    // The running spooler has its monitors loaded: nobody writes or deletes them, or keeps readers out.
+    const bool meetsReader = (rights & ~DWORD{FILE_SHARE_READ}) != 0 || (share & FILE_SHARE_READ) == 0;
+    if (meetsReader && place.Exists() && Monitors(machine).IsLoaded(machine.Files().WindowsPath(place.host))) {
+        return ERROR_SHARING_VIOLATION;
     }
     return open->Check(place.key, rights, share);
 }

@@ -301,7 +301,7 @@ class FreshMachine {
         } else {
             return;
         }
-        m_registry.CreateKey(std::string(kWindows) + "\\ICM");
+        m_registry.CreateKey(std::string(m_is9x ? kWindows : kWindowsNt) + "\\ICM");
     }
 
     // ---- services ----

@@ -11,6 +11,7 @@
 #include "platform/simulated/fresh_machine.h"
 #include "platform/simulated/host_file.h"
 #include "platform/simulated/machine_ini.h"
+#include "platform/simulated/port_sdk.h"
 #include "platform/simulated/services.h"
 
 namespace pikel::simulated {
@@ -196,7 +197,9 @@ Machine::Machine(fs::path folder, SystemDescription system)
       m_registry(std::make_unique<simulated::Registry>(m_system.codePage)),
       m_modules(std::make_unique<simulated::Modules>(*this)),
       m_services(std::make_unique<simulated::Services>(*this)),
-      m_desktop(std::make_unique<simulated::Desktop>()) {}
+      m_desktop(std::make_unique<simulated::Desktop>()) {
+    RegisterPortSdk(*this);
+}
 
 Machine::~Machine() {
     if (current == this) {
