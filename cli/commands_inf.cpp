@@ -54,24 +54,25 @@ nlohmann::json RecordJson(const DriverAddRecord& record) {
     for (DWORD i = 0; i < record.ColorProfileCount; ++i) {
         profiles.push_back(Utf8(record.ColorProfileList[i]));
     }
-    return {{"name", JsonText(driver.pName)},
-            {"version", driver.cVersion},
-            {"environment", JsonText(driver.pEnvironment)},
-            {"driverPath", JsonText(driver.pDriverPath)},
-            {"dataFile", JsonText(driver.pDataFile)},
-            {"configFile", JsonText(driver.pConfigFile)},
-            {"helpFile", JsonText(driver.pHelpFile)},
-            {"dependentFiles", dependents},
-            {"defaultDataType", JsonText(driver.pDefaultDataType)},
-            {"manufacturer", JsonText(driver.pszMfgName)},
-            {"oemUrl", JsonText(driver.pszOEMUrl)},
-            {"hardwareId", JsonText(driver.pszHardwareID)},
-            {"provider", JsonText(driver.pszProvider)},
-            {"driverVersion", driver.dwlDriverVersion},
-            {"monitor", {{"name", JsonText(record.MonitorInfo.pName)}, {"file", JsonText(record.MonitorInfo.pDLLName)}}},
-            {"colourProfiles", profiles},
-            {"notSelectedTimeout", record.NotSelectedTimeout},
-            {"retryTimeout", record.RetryTimeout}};
+    return {
+        {"name", JsonText(driver.pName)},
+        {"version", driver.cVersion},
+        {"environment", JsonText(driver.pEnvironment)},
+        {"driverPath", JsonText(driver.pDriverPath)},
+        {"dataFile", JsonText(driver.pDataFile)},
+        {"configFile", JsonText(driver.pConfigFile)},
+        {"helpFile", JsonText(driver.pHelpFile)},
+        {"dependentFiles", dependents},
+        {"defaultDataType", JsonText(driver.pDefaultDataType)},
+        {"manufacturer", JsonText(driver.pszMfgName)},
+        {"oemUrl", JsonText(driver.pszOEMUrl)},
+        {"hardwareId", JsonText(driver.pszHardwareID)},
+        {"provider", JsonText(driver.pszProvider)},
+        {"driverVersion", driver.dwlDriverVersion},
+        {"monitor", {{"name", JsonText(record.MonitorInfo.pName)}, {"file", JsonText(record.MonitorInfo.pDLLName)}}},
+        {"colourProfiles", profiles},
+        {"notSelectedTimeout", record.NotSelectedTimeout},
+        {"retryTimeout", record.RetryTimeout}};
 }
 
 void PrintField(const char* label, const nlohmann::json& value) {

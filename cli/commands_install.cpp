@@ -56,8 +56,7 @@ void Install(Session& session, InstallOptions options) {
 
 void AddInstallCommand(CLI::App& app, Session& session) {
     auto options = std::make_shared<InstallOptions>();
-    CLI::App* install =
-        app.add_subcommand("install", "From an INF to a default printer: files, driver, port, printer");
+    CLI::App* install = app.add_subcommand("install", "From an INF to a default printer: files, driver, port, printer");
     install->add_option("--inf", options->inf, "The INF")->required();
     install->add_option("--model", options->model, "Model, as `pikel inf models` lists it")->required();
     install->add_option("--printer", options->printer.name, "Name of the new printer")->required();

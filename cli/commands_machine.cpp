@@ -66,8 +66,9 @@ void New(Session& session, const MachineOptions& options) {
     } catch (const MachineError& problem) {
         throw ToolError(problem.what());
     }
-    session.Print({{"machine", options.folder}, {"system", system->name}},
-                  [&] { std::printf("made a fresh %s machine in %s\n", system->name.c_str(), options.folder.c_str()); });
+    session.Print({{"machine", options.folder}, {"system", system->name}}, [&] {
+        std::printf("made a fresh %s machine in %s\n", system->name.c_str(), options.folder.c_str());
+    });
 }
 
 std::string DefaultPrinter(simulated::Machine& machine, const std::vector<PrinterView>& printers);
@@ -123,8 +124,7 @@ nlohmann::json MachineJson(simulated::Machine& machine) {
     }
     std::string byDefault = DefaultPrinter(machine, printerViews);
     return {{"folder", machine.Folder().string()},
-            {"system",
-             {{"name", system.name}, {"version", VersionText(system)}, {"processor", ProcessorText(system)}}},
+            {"system", {{"name", system.name}, {"version", VersionText(system)}, {"processor", ProcessorText(system)}}},
             {"computerName", system.computerName},
             {"restartPending", system.restartPending},
             {"drivers", drivers},
@@ -151,7 +151,9 @@ std::string DefaultPrinter(simulated::Machine& machine, const std::vector<Printe
     return text.substr(0, text.find(','));
 }
 
-std::string Field(const nlohmann::json& object, const char* name) { return object[name].get<std::string>(); }
+std::string Field(const nlohmann::json& object, const char* name) {
+    return object[name].get<std::string>();
+}
 
 void PrintMachine(const nlohmann::json& machine) {
     std::printf("machine   %s: %s, %s, %s%s\n", Field(machine, "folder").c_str(),
@@ -200,8 +202,7 @@ void AddMachineCommands(CLI::App& app, Session& session) {
 
     CLI::App* make = noun->add_subcommand("new", "Make a fresh machine in a folder");
     make->add_option("DIR", options->folder, "Folder; must be missing or empty")->required();
-    make->add_option("--system", options->system, "System, as `pikel machine systems` lists it")
-        ->capture_default_str();
+    make->add_option("--system", options->system, "System, as `pikel machine systems` lists it")->capture_default_str();
     make->callback([&session, options] { New(session, *options); });
 
     CLI::App* show = noun->add_subcommand("show", "Show what is on a machine");

@@ -11,7 +11,7 @@ namespace pikel::cli {
 
 /// An operation of the table that returned a failure.
 class OperationFailed : public std::runtime_error {
- public:
+  public:
     /// @param operation  its name in the table
     /// @param status     what it returned
     /// @param prefix     the operation's prefix, which is taken off again to find the system's code
@@ -21,7 +21,7 @@ class OperationFailed : public std::runtime_error {
     DWORD Status() const { return m_status; }
     DWORD Code() const { return m_code; }
 
- private:
+  private:
     std::string m_operation;
     DWORD m_status;
     DWORD m_code;
@@ -29,7 +29,7 @@ class OperationFailed : public std::runtime_error {
 
 /// Something that the tool itself can't do: a file that isn't there, a library that can't be loaded.
 class ToolError : public std::runtime_error {
- public:
+  public:
     using std::runtime_error::runtime_error;
 };
 

@@ -39,7 +39,9 @@ PI_KEL_GetInterfaceFunction Find(void* module) {
     return reinterpret_cast<PI_KEL_GetInterfaceFunction>(reinterpret_cast<void (*)()>(found));
 }
 
-void Unload(void* module) { FreeLibrary(static_cast<HMODULE>(module)); }
+void Unload(void* module) {
+    FreeLibrary(static_cast<HMODULE>(module));
+}
 
 #else
 
@@ -68,7 +70,9 @@ PI_KEL_GetInterfaceFunction Find(void* module) {
     return reinterpret_cast<PI_KEL_GetInterfaceFunction>(dlsym(module, "PI_KEL_GetInterface"));
 }
 
-void Unload(void* module) { dlclose(module); }
+void Unload(void* module) {
+    dlclose(module);
+}
 
 #endif
 

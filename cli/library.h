@@ -6,7 +6,7 @@
 namespace pikel::cli {
 
 class Library {
- public:
+  public:
     /// Loads the library and brings it up. Throws ToolError.
     Library();
     ~Library();
@@ -15,7 +15,7 @@ class Library {
 
     const PI_KEL_Interface& Table() const { return *m_table; }
 
- private:
+  private:
     void* m_module = nullptr;
     const PI_KEL_Interface* m_table = nullptr;
 };

@@ -80,4 +80,6 @@ int Main(int argc, char** argv) {
 }  // namespace
 }  // namespace pikel::cli
 
-int main(int argc, char** argv) { return pikel::cli::Main(argc, argv); }
+int main(int argc, char** argv) {
+    return pikel::cli::Main(argc, argv);
+}

@@ -22,7 +22,9 @@ namespace pikel::cli {
 
 namespace {
 
-bool HasDriveLetter(const std::string& path) { return path.size() >= 2 && path[1] == ':'; }
+bool HasDriveLetter(const std::string& path) {
+    return path.size() >= 2 && path[1] == ':';
+}
 
 /// dwArchitecture of a system by its version and processor.
 DWORD ArchitectureOf(DWORD platform, DWORD major, DWORD processorType) {

@@ -20,7 +20,7 @@ struct Target {
 };
 
 class Session {
- public:
+  public:
     std::string machineFolder;  ///< --machine; empty: PIKEL_MACHINE
     std::string traceFile;      ///< --trace
     std::string targetSystem;   ///< --for: name of a system; empty: the one at hand
@@ -48,7 +48,7 @@ class Session {
 
     ~Session();
 
- private:
+  private:
     void PrepareEnvironment() const;
 
     std::string m_mediumFolder;
@@ -59,7 +59,7 @@ class Session {
 /// Frees a block that the table handed out.
 template <class Block>
 class TableBlock {
- public:
+  public:
     explicit TableBlock(const PI_KEL_Interface& table) : m_table(table) {}
     ~TableBlock() {
         if (m_block != nullptr) {
@@ -72,7 +72,7 @@ class TableBlock {
     Block* Get() const { return m_block; }
     Block* operator->() const { return m_block; }
 
- private:
+  private:
     const PI_KEL_Interface& m_table;
     Block* m_block = nullptr;
 };

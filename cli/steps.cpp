@@ -25,7 +25,9 @@ UINT CALLBACK OnQueueEvent(PVOID /*context*/, UINT notification, UINT_PTR param1
 }
 
 /// A text for a record's field, which isn't const though nobody writes to it; null for an empty one.
-LPSTR Field(const std::string& text) { return text.empty() ? nullptr : const_cast<LPSTR>(text.c_str()); }
+LPSTR Field(const std::string& text) {
+    return text.empty() ? nullptr : const_cast<LPSTR>(text.c_str());
+}
 
 }  // namespace
 
@@ -39,11 +41,11 @@ void ReadDriverRecord(Session& session, const std::string& inf, const std::strin
 
 void CopyDriverFiles(Session& session, const std::string& inf, const std::string& model, const Target& target) {
     g_copying = &session;
-    Session::Check("PI_KEL_CopyInfDriverFiles",
-                   session.Table().PI_KEL_CopyInfDriverFiles(inf.c_str(), model.c_str(), &OnQueueEvent,
-                                                             target.architecture, static_cast<INT>(target.major),
-                                                             target.minor, nullptr, nullptr),
-                   PIKEL_PREFIX_FILE_COPY);
+    Session::Check(
+        "PI_KEL_CopyInfDriverFiles",
+        session.Table().PI_KEL_CopyInfDriverFiles(inf.c_str(), model.c_str(), &OnQueueEvent, target.architecture,
+                                                  static_cast<INT>(target.major), target.minor, nullptr, nullptr),
+        PIKEL_PREFIX_FILE_COPY);
 }
 
 void AddDriver(Session& session, const DriverAddRecord& record) {
@@ -57,11 +59,11 @@ std::string CreatePortStep(Session& session, const NewPort& port) {
     session.Progress("creating port " + port.name);
     std::string sdk = port.sdk.empty() ? "C:\\Program Files\\pikel\\portsdk.dll" : port.sdk;
     char created[MAX_PATH] = {};
-    Session::Check("PI_KEL_CreatePort",
-                   session.Table().PI_KEL_CreatePort(sdk.c_str(), port.name.c_str(), port.lpr ? 1 : 0,
-                                                     Field(port.queue), port.byteCount ? 1 : 0, created,
-                                                     sizeof created),
-                   PIKEL_PREFIX_PORT);
+    Session::Check(
+        "PI_KEL_CreatePort",
+        session.Table().PI_KEL_CreatePort(sdk.c_str(), port.name.c_str(), port.lpr ? 1 : 0, Field(port.queue),
+                                          port.byteCount ? 1 : 0, created, sizeof created),
+        PIKEL_PREFIX_PORT);
     return *created == '\0' ? port.name : created;
 }
 
@@ -87,8 +89,7 @@ void AddPrinterStep(Session& session, const NewPrinter& printer) {
     options.TransmissionRetryTimeout = printer.retryTimeout;
     options.ColorProfileCount = static_cast<DWORD>(profiles.size());
     options.ColorProfiles = profiles.empty() ? nullptr : profiles.data();
-    Session::Check("PI_KEL_AddPrinter", session.Table().PI_KEL_AddPrinter(&record, &options),
-                   PIKEL_PREFIX_PRINTER_ADD);
+    Session::Check("PI_KEL_AddPrinter", session.Table().PI_KEL_AddPrinter(&record, &options), PIKEL_PREFIX_PRINTER_ADD);
 }
 
 void SetDefaultStep(Session& session, const std::string& printer) {

@@ -9,7 +9,9 @@ namespace pikel::cli {
 
 namespace {
 
-std::string Text(LPCSTR text) { return text == nullptr ? std::string() : text; }
+std::string Text(LPCSTR text) {
+    return text == nullptr ? std::string() : text;
+}
 
 /// The two-step enumeration: asks for the size, then reads. Call is given buffer, size, needed and count.
 template <class Record, class Call>
@@ -39,10 +41,10 @@ std::vector<Record> Enumerate(const char* what, HeapBlock& block, Call call) {
 std::vector<DriverView> ListDrivers() {
     HeapBlock block;
     std::vector<DriverView> drivers;
-    for (const DRIVER_INFO_3A& info : Enumerate<DRIVER_INFO_3A>(
-             "drivers", block, [](LPBYTE buffer, DWORD size, LPDWORD needed, LPDWORD count) {
-                 return Platform().EnumPrinterDriversA(nullptr, nullptr, 3, buffer, size, needed, count);
-             })) {
+    for (const DRIVER_INFO_3A& info :
+         Enumerate<DRIVER_INFO_3A>("drivers", block, [](LPBYTE buffer, DWORD size, LPDWORD needed, LPDWORD count) {
+             return Platform().EnumPrinterDriversA(nullptr, nullptr, 3, buffer, size, needed, count);
+         })) {
         DriverView driver;
         driver.name = Text(info.pName);
         driver.version = info.cVersion;
@@ -63,10 +65,10 @@ std::vector<DriverView> ListDrivers() {
 std::vector<MonitorView> ListMonitors() {
     HeapBlock block;
     std::vector<MonitorView> monitors;
-    for (const MONITOR_INFO_2A& info : Enumerate<MONITOR_INFO_2A>(
-             "monitors", block, [](LPBYTE buffer, DWORD size, LPDWORD needed, LPDWORD count) {
-                 return Platform().EnumMonitorsA(nullptr, 2, buffer, size, needed, count);
-             })) {
+    for (const MONITOR_INFO_2A& info :
+         Enumerate<MONITOR_INFO_2A>("monitors", block, [](LPBYTE buffer, DWORD size, LPDWORD needed, LPDWORD count) {
+             return Platform().EnumMonitorsA(nullptr, 2, buffer, size, needed, count);
+         })) {
         monitors.push_back({Text(info.pName), Text(info.pEnvironment), Text(info.pDLLName)});
     }
     return monitors;
@@ -87,13 +89,13 @@ std::vector<PortView> ListPorts() {
 std::vector<PrinterView> ListPrinters() {
     HeapBlock block;
     std::vector<PrinterView> printers;
-    for (const PRINTER_INFO_2A& info : Enumerate<PRINTER_INFO_2A>(
-             "printers", block, [](LPBYTE buffer, DWORD size, LPDWORD needed, LPDWORD count) {
-                 return Platform().EnumPrintersA(PRINTER_ENUM_LOCAL | PRINTER_ENUM_CONNECTIONS, nullptr, 2, buffer,
-                                                 size, needed, count);
-             })) {
-        printers.push_back({Text(info.pPrinterName), Text(info.pDriverName), Text(info.pPortName),
-                            Text(info.pComment), info.Attributes});
+    for (const PRINTER_INFO_2A& info :
+         Enumerate<PRINTER_INFO_2A>("printers", block, [](LPBYTE buffer, DWORD size, LPDWORD needed, LPDWORD count) {
+             return Platform().EnumPrintersA(PRINTER_ENUM_LOCAL | PRINTER_ENUM_CONNECTIONS, nullptr, 2, buffer, size,
+                                             needed, count);
+         })) {
+        printers.push_back({Text(info.pPrinterName), Text(info.pDriverName), Text(info.pPortName), Text(info.pComment),
+                            info.Attributes});
     }
     return printers;
 }

@@ -1,5 +1,5 @@
-// What the system at hand holds: drivers, monitors, ports, printers. Read through the platform layer, as any program would
-// ask the system; the library's table has no lists of these.
+// What the system at hand holds: drivers, monitors, ports, printers. Read through the platform layer, as any program
+// would ask the system; the library's table has no lists of these.
 #pragma once
 
 #include <optional>
