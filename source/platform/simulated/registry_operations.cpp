@@ -8,6 +8,7 @@
 
 #include "platform/simulated/machine.h"
 #include "platform/simulated/operations.h"
+#include "platform/simulated/registry_handles.h"
 #include "platform/simulated/text.h"
 
 namespace pikel::simulated {
@@ -158,6 +159,15 @@ LSTATUS HandOutData(const RegistryValue& value, LPDWORD type, LPBYTE data, LPDWO
 }
 
 }  // namespace
+
+DWORD PathOfKey(HKEY handle, std::string& path) {
+    OpenKey key;
+    const LSTATUS code = Resolve(handle, key);
+    if (code == kDone) {
+        path = key.path;
+    }
+    return static_cast<DWORD>(code);
+}
 
 LSTATUS WINAPI RegOpenKeyExA(HKEY hKey, LPCSTR lpSubKey, DWORD /*ulOptions*/, REGSAM samDesired, PHKEY phkResult) {
     if (phkResult == nullptr) {
