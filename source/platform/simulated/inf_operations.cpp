@@ -10,12 +10,6 @@ namespace {
 
 constexpr DWORD kClassMismatch = 0xE0000201;
 
-/// A reading call that succeeds leaves 0 as the last error.
-BOOL Succeed() {
-    lastError = ERROR_SUCCESS;
-    return TRUE;
-}
-
 /// A name without a folder is looked for in the system's INF folder.
 std::string PathOf(Machine& machine, std::string_view name) {
     if (name.find_first_of("\\/") != std::string_view::npos) {
@@ -91,7 +85,7 @@ BOOL HandOut(std::string_view text, PSTR buffer, DWORD size, PDWORD required) {
         text.copy(buffer, text.size());  // an empty field may have no characters to point at
         buffer[text.size()] = '\0';
     }
-    return Succeed();
+    return TRUE;
 }
 
 /// Fills a program's context, or tells it the code.
@@ -100,7 +94,7 @@ BOOL HandOut(DWORD code, HINF handle, const InfPosition& position, PINFCONTEXT c
         return Fail(code, FALSE);
     }
     *context = {handle, handle, position.section, position.line};
-    return Succeed();
+    return TRUE;
 }
 
 }  // namespace
@@ -157,7 +151,6 @@ HINF WINAPI SetupOpenInfFileA(PCSTR FileName, PCSTR InfClass, DWORD, PUINT Error
         }
         return Fail(error.code, INVALID_HANDLE_VALUE);
     }
-    lastError = ERROR_SUCCESS;
     std::string path = inf->path;
     return machine.Handles().Open(HandleKind::Inf, std::move(inf), std::move(path));
 }
