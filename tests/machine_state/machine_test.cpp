@@ -8,6 +8,7 @@
 #include <sstream>
 
 #include "platform/simulated/machine_ini.h"
+#include "platform/simulated/operations.h"
 #include "platform/simulated/services.h"
 #include "support/machine_test.h"
 
@@ -529,6 +530,26 @@ TEST_P(FreshMachine, HasTheFoldersOfItsFamily) {
     EXPECT_EQ(Machine().Files().IsDirectory(system + "\\spool\\drivers\\color"), !Machine().Is9x() && !IsNt4());
     EXPECT_TRUE(Machine().Files().Exists(Machine().ModulePath()));
     EXPECT_TRUE(Machine().Files().Exists(windows + "\\win.ini"));
+}
+
+TEST_P(FreshMachine, HasTheFoldersThatTheSystemNames) {
+    char folder[260];
+    DWORD needed = 0;
+    ASSERT_NE(simulated::GetTempPathA(sizeof folder, folder), 0u);
+    EXPECT_TRUE(Machine().Files().IsDirectory(folder)) << folder;
+    ASSERT_TRUE(simulated::GetPrinterDriverDirectoryA(nullptr, nullptr, 1, reinterpret_cast<BYTE*>(folder),
+                                                      sizeof folder, &needed));
+    EXPECT_TRUE(Machine().Files().IsDirectory(folder)) << folder;
+    DWORD size = sizeof folder;
+    // NT 4 has no colour management to ask.
+    if (!IsNt4() && simulated::GetColorDirectoryA(nullptr, folder, &size)) {
+        EXPECT_TRUE(Machine().Files().IsDirectory(folder)) << folder;
+    }
+    const std::string shellFolders = "\\Software\\Microsoft\\Windows\\CurrentVersion\\Explorer\\Shell Folders";
+    const bool is9x = Machine().Is9x();
+    const std::string programs =
+        Machine().Registry().Text((is9x ? "HKCU" : "HKLM") + shellFolders, is9x ? "Programs" : "Common Programs");
+    EXPECT_TRUE(Machine().Files().IsDirectory(programs)) << programs;
 }
 
 TEST_P(FreshMachine, HasThePrintKeysOfItsFamily) {
