@@ -59,6 +59,7 @@ class Road {
         faults::Reset();
         m_test->Heap().StopFailing();
         FreeRecord();
+        AllowQualityKeys();
     }
 
     PiStatus ReadInf() {
@@ -119,6 +120,16 @@ class Road {
     TestMachine& Test() { return m_test; }
 
   private:
+    /// On Windows 95 the keys of printer profiles' qualities stay open, and nothing else may.
+    void AllowQualityKeys() {
+        const simulated::Handles& handles = m_test->Handles();
+        if (m_test->Generation() == simulated::Generation::Windows95 &&
+            handles.OpenCount() == handles.OpenCount(simulated::HandleKind::RegistryKey) &&
+            m_test->Heap().OpenCount() == 0 && handles.Misuses().empty()) {
+            m_test.AllowOpen();
+        }
+    }
+
     Package m_package;
     TestMachine m_test;
     std::string m_inf;
