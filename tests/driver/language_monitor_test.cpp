@@ -180,8 +180,8 @@ TEST_F(LanguageMonitor, RegisteredOneIsAddedAgainWhenTheListCannotBeHad) {
         DWORD code;
     };
     PutMonitorFile();
+    Machine().Registry().SetText(std::string(kMonitors) + "Aurora Monitor", "Driver", "other.dll");
     for (const Case& c : {Case{"EnumMonitorsA", 1, 1722}, Case{"EnumMonitorsA", 2, 1722}, Case{"HeapAlloc", 1, 8}}) {
-        Machine().Registry().SetText(std::string(kMonitors) + "Aurora Monitor", "Driver", "nlmon.dll");
         faults::Reset();
         faults::FailCall(c.name, c.nth, c.code);
         EXPECT_EQ(Add(), DWORD{ERROR_PRINT_MONITOR_ALREADY_INSTALLED}) << c.name << c.nth;
