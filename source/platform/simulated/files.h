@@ -90,6 +90,9 @@ class Files {
     /// Puts a folder of the host into drive D:, as a disk that can't be written to. It is no part of the machine's own
     /// folder and goes with the process.
     void InsertMedium(const std::filesystem::path& folder);
+    /// Asks on every open whether a program of the machine, such as its spooler, has a file loaded at that moment; it
+    /// is held open for reading then.
+    void SetLoadedTest(std::function<bool(std::string_view path)> isLoaded);
     /// No rights: opens, writes, deletes and creations at or below the path give 5.
     void Deny(std::string_view path);
     /// Room left on the drive in bytes; writes beyond it give 112. No limit by default.

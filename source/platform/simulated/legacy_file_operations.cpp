@@ -55,7 +55,7 @@ DWORD ShareOf(UINT style) {
 /// A path in full, in the spelling given; empty for one that can't name a file.
 std::string FullPath(std::string_view path) {
     const SystemDescription& system = Current().System();
-    const MachinePath parsed = ParsePath(path, system.codePage, system.systemDirectory[0]);
+    const MachinePath parsed = ParsePath(path, system);
     if (parsed.code != ERROR_SUCCESS) {
         return {};
     }

@@ -13,6 +13,7 @@
 #include "platform/simulated/machine_ini.h"
 #include "platform/simulated/port_sdk.h"
 #include "platform/simulated/services.h"
+#include "platform/simulated/spooler_monitors.h"
 
 namespace pikel::simulated {
 
@@ -199,6 +200,7 @@ Machine::Machine(fs::path folder, SystemDescription system)
       m_services(std::make_unique<simulated::Services>(*this)),
       m_desktop(std::make_unique<simulated::Desktop>()) {
     RegisterPortSdk(*this);
+    m_files->SetLoadedTest([this](std::string_view path) { return Monitors(*this).IsLoaded(path); });
 }
 
 Machine::~Machine() {

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 
+#include "platform/simulated/machine.h"
 #include "platform/simulated/text.h"
 
 namespace pikel::simulated {
@@ -94,6 +95,12 @@ MachinePath ParsePath(std::string_view path, UINT codePage, char systemDrive) {
         rest.remove_prefix(std::min(end + 1, rest.size()));
     }
     return parsed;
+}
+
+MachinePath ParsePath(std::string_view path, const SystemDescription& system) {
+    const std::string& folder = system.systemDirectory;
+    const bool hasDrive = folder.size() >= 2 && IsLetter(folder[0]) && folder[1] == ':';
+    return ParsePath(path, system.codePage, hasDrive ? static_cast<char>(folder[0] & ~0x20) : 'C');
 }
 
 bool IsPattern(std::string_view text) {

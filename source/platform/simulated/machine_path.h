@@ -9,6 +9,8 @@
 
 namespace pikel::simulated {
 
+struct SystemDescription;
+
 /// A path on a drive of the machine, without "." and "..". Names are UTF-8, as the host stores them.
 struct MachinePath {
     DWORD code = 0;     ///< why the path can't name a file: 3, 53 (a server's), 123 or 206; the rest is empty then
@@ -23,6 +25,8 @@ struct MachinePath {
 
 /// @param systemDrive  drive of a path that names none
 MachinePath ParsePath(std::string_view path, UINT codePage, char systemDrive);
+/// The same with a machine's own code page and system drive.
+MachinePath ParsePath(std::string_view path, const SystemDescription& system);
 
 /// True when the text holds one of the characters that make a pattern.
 bool IsPattern(std::string_view text);

@@ -139,8 +139,7 @@ Modules::Modules(Machine& machine) : m_machine(machine) {}
 
 std::string Modules::KeyOf(std::string_view path) const {
     const SystemDescription& system = m_machine.System();
-    const char drive = system.systemDirectory.empty() ? 'C' : system.systemDirectory[0];
-    return ParsePath(path, system.codePage, static_cast<char>(drive & ~0x20)).Key(system.codePage);
+    return ParsePath(path, system).Key(system.codePage);
 }
 
 bool Modules::IsRemoved(std::string_view name) const {
