@@ -151,6 +151,36 @@ TEST_F(MachineFiles, HostPathsTurnIntoWindowsPaths) {
     EXPECT_EQ(TheFiles().WindowsPath(TheFiles().HostPath("c:\\windows")), "C:\\WINDOWS");
 }
 
+TEST_F(MachineFiles, HostPathsOffTheMachineHaveNoWindowsPath) {
+    EXPECT_EQ(TheFiles().WindowsPath("/etc/passwd"), "");
+    EXPECT_EQ(TheFiles().WindowsPath(Root()), "");
+    EXPECT_EQ(TheFiles().WindowsPath(Root() / "machine.ini"), "");
+    EXPECT_EQ(TheFiles().WindowsPath(Root().parent_path() / "C/x"), "");
+}
+
+TEST_F(MachineFiles, ADiskInTheDriveCanBeReadOnly) {
+    PutOnHost("disk/Driver/Setup.inf", "inf");
+    TheFiles().InsertMedium(Root() / "disk/");
+    EXPECT_EQ(TheFiles().Read("d:\\DRIVER\\setup.inf"), "inf");
+    EXPECT_EQ(TheFiles().WindowsPath(Root() / "disk/Driver/Setup.inf"), "D:\\Driver\\Setup.inf");
+    EXPECT_EQ(TheFiles().WindowsPath(Root() / "disk"), "D:\\");
+    EXPECT_EQ(TheFiles().Copy("D:\\Driver\\Setup.inf", "C:\\x.inf", false), 0u);
+    EXPECT_EQ(TheFiles().CheckOpen("D:\\Driver\\Setup.inf", GENERIC_READ, 0), 0u);
+    EXPECT_EQ(TheFiles().CheckOpen("D:\\Driver\\Setup.inf", GENERIC_WRITE, 0), 19u);
+    EXPECT_EQ(TheFiles().Write("D:\\Driver\\Setup.inf", "x"), 19u);
+    EXPECT_EQ(TheFiles().Write("D:\\Driver\\new", "x"), 19u);
+    EXPECT_EQ(TheFiles().Write("D:\\none\\new", "x"), 19u);
+    EXPECT_EQ(TheFiles().Copy("C:\\x.inf", "D:\\x.inf", false), 19u);
+    EXPECT_EQ(TheFiles().Delete("D:\\Driver\\Setup.inf"), 19u);
+    EXPECT_EQ(TheFiles().Move("D:\\Driver\\Setup.inf", "C:\\y.inf", false), 19u);
+    EXPECT_EQ(TheFiles().Move("C:\\x.inf", "D:\\y.inf", false), 19u);
+    EXPECT_EQ(TheFiles().MakeFolder("D:\\new"), 19u);
+    EXPECT_EQ(TheFiles().RemoveFolder("D:\\Driver"), 19u);
+    EXPECT_EQ(TheFiles().SetAttributes("D:\\Driver\\Setup.inf", 0), 19u);
+    EXPECT_EQ(TheFiles().SetWrittenAt("D:\\Driver\\Setup.inf", {}), 19u);
+    EXPECT_THAT(Names("D:\\Driver"), ElementsAre("Setup.inf"));
+}
+
 TEST_F(MachineFiles, OtherDrivesAreFoldersBesideTheFirst) {
     PutOnHost("D/setup.inf", "x");
     EXPECT_EQ(TheFiles().Read("d:\\SETUP.INF"), "x");
@@ -432,6 +462,23 @@ TEST_F(MachineFiles, ALockedRangeFailsOpensWith33) {
         EXPECT_EQ(TheFiles().Write("C:\\f", "y"), 33u);
     }
     EXPECT_EQ(TheFiles().CheckOpen("C:\\f", GENERIC_READ, 0), 0u);
+}
+
+TEST_F(MachineFiles, WhatAProgramHasLoadedIsReadAlone) {
+    PutOnHost("C/Acme/mon.dll", "x");
+    PutOnHost("C/Acme/new.dll", "y");
+    bool isLoaded = true;
+    TheFiles().SetLoadedTest([&](std::string_view path) { return isLoaded && path == "C:\\Acme\\mon.dll"; });
+    EXPECT_EQ(TheFiles().CheckOpen("c:\\acme\\MON.DLL", GENERIC_READ, FILE_SHARE_READ), 0u);
+    EXPECT_EQ(TheFiles().CheckOpen("c:\\acme\\MON.DLL", 0, 0), 0u);
+    EXPECT_EQ(TheFiles().CheckOpen("c:\\acme\\MON.DLL", GENERIC_READ, 0), 32u);
+    EXPECT_EQ(TheFiles().CheckOpen("c:\\acme\\MON.DLL", GENERIC_WRITE, kShareAll), 32u);
+    EXPECT_EQ(TheFiles().Copy("C:\\Acme\\new.dll", "C:\\Acme\\mon.dll", false), 32u);
+    EXPECT_EQ(TheFiles().Move("C:\\Acme\\new.dll", "C:\\Acme\\mon.dll", true), 5u);
+    EXPECT_EQ(TheFiles().Delete("C:\\Acme\\mon.dll"), 32u);
+    EXPECT_EQ(TheFiles().Copy("C:\\Acme\\mon.dll", "C:\\Acme\\copy.dll", false), 0u);
+    isLoaded = false;
+    EXPECT_EQ(TheFiles().Delete("C:\\Acme\\mon.dll"), 0u);
 }
 
 TEST_F(MachineFiles, CheckOpenTellsWhatIsMissing) {

@@ -105,15 +105,15 @@ TEST_F(MachineModules, AFileThatIsNoLibraryGives193) {
 }
 
 TEST_F(MachineModules, RegisteredLibrariesAreFoundByTheirPath) {
-    Machine().Modules().Register("C:\\Acme\\PortSdk.dll", {{"Answer", &Answer}});
-    const LoadedModule module = Load("c:\\ACME\\portsdk.DLL");
+    Machine().Modules().Register("C:\\Acme\\AcmeSdk.dll", {{"Answer", &Answer}});
+    const LoadedModule module = Load("c:\\ACME\\acmesdk.DLL");
     ASSERT_TRUE(module);
     const FARPROC answer = Platform().GetProcAddress(module.Get(), "Answer");
     ASSERT_NE(answer, nullptr);
     EXPECT_EQ(answer(), 42);
     EXPECT_EQ(Platform().GetProcAddress(module.Get(), "answer"), nullptr);
     EXPECT_EQ(Platform().GetLastError(), 127u);
-    EXPECT_EQ(CodeOfLoad("PortSdk.dll"), 126u) << "its folder is not on the search path";
+    EXPECT_EQ(CodeOfLoad("AcmeSdk.dll"), 126u) << "its folder is not on the search path";
 }
 
 TEST_F(MachineModules, ARegisteredLibraryInTheSystemFolderComesFirst) {
@@ -128,12 +128,12 @@ TEST_F(MachineModules, LibrariesAndExportsCanBeTakenAway) {
     EXPECT_EQ(TryLookUp("winspool.drv", "SetDefaultPrinterA"), kFound);
     Machine().Modules().Remove("mscms.dll");
     EXPECT_EQ(TryLookUp("MSCMS.DLL", "GetColorDirectoryA"), kNoLibrary);
-    Machine().Modules().Register("C:\\Acme\\PortSdk.dll", {{"Answer", &Answer}, {"Other", &Answer}});
-    Machine().Modules().RemoveExport("C:\\Acme\\PortSdk.dll", "Answer");
-    EXPECT_EQ(TryLookUp("C:\\Acme\\PortSdk.dll", "Answer"), kNoExport);
-    EXPECT_EQ(TryLookUp("C:\\Acme\\PortSdk.dll", "Other"), kFound);
-    Machine().Modules().Remove("C:\\Acme\\PortSdk.dll");
-    EXPECT_EQ(TryLookUp("C:\\Acme\\PortSdk.dll", "Other"), kNoLibrary);
+    Machine().Modules().Register("C:\\Acme\\AcmeSdk.dll", {{"Answer", &Answer}, {"Other", &Answer}});
+    Machine().Modules().RemoveExport("C:\\Acme\\AcmeSdk.dll", "Answer");
+    EXPECT_EQ(TryLookUp("C:\\Acme\\AcmeSdk.dll", "Answer"), kNoExport);
+    EXPECT_EQ(TryLookUp("C:\\Acme\\AcmeSdk.dll", "Other"), kFound);
+    Machine().Modules().Remove("C:\\Acme\\AcmeSdk.dll");
+    EXPECT_EQ(TryLookUp("C:\\Acme\\AcmeSdk.dll", "Other"), kNoLibrary);
 }
 
 TEST_F(MachineModules, OneLibraryHasOneHandleThatIsCounted) {

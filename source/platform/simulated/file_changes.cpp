@@ -99,7 +99,10 @@ DWORD Files::Move(std::string_view source, std::string_view target, bool replace
     if (takesPlace && !replace) {
         return ERROR_ALREADY_EXISTS;
     }
-    if (takesPlace && (to.IsDirectory() || to.IsReadOnly() || m_state->open->IsOpen(to.key))) {
+    // A target in use is told as one without rights.
+    const bool isReplaceable = !to.IsDirectory() && !to.IsReadOnly() && !m_state->open->IsOpen(to.key) &&
+                               m_state->CheckAccess(to, FILE_SHARE_DELETE, kShareAll) == ERROR_SUCCESS;
+    if (takesPlace && !isReplaceable) {
         return ERROR_ACCESS_DENIED;
     }
     // The new spelling counts, also of a name that stays the same but for its case.
