@@ -34,7 +34,10 @@ StringList::StringList(const std::string& text, char delimiter) : m_chDelimiter(
 }
 
 void StringList::SortUnique() {
-    std::sort(m_vecTexts.begin(), m_vecTexts.end());
+    // Lists tend to come in order; telling that is linear.
+    if (!std::is_sorted(m_vecTexts.begin(), m_vecTexts.end())) {
+        std::sort(m_vecTexts.begin(), m_vecTexts.end());
+    }
     m_vecTexts.erase(std::unique(m_vecTexts.begin(), m_vecTexts.end()), m_vecTexts.end());
 }
 
