@@ -59,7 +59,8 @@ std::string LibraryPath() {
 }
 
 void* Load(const std::string& path) {
-    void* module = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
+    // The library stays until the process ends: its machine and its C++ runtime data live as long.
+    void* module = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL | RTLD_NODELETE);
     if (module == nullptr) {
         throw ToolError(std::string("can't load the library: ") + dlerror());
     }

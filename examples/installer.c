@@ -23,7 +23,7 @@
 
 /* ---- the library ------------------------------------------------------------------------------------------------- */
 
-static const PI_KEL_Interface *LoadPikel(const char *path) {
+static const PI_KEL_Interface* LoadPikel(const char* path) {
     PI_KEL_GetInterfaceFunction getInterface = NULL;
 #ifdef _WIN32
     HMODULE module = LoadLibraryA(path);
@@ -32,9 +32,9 @@ static const PI_KEL_Interface *LoadPikel(const char *path) {
         memcpy(&getInterface, &found, sizeof getInterface);
     }
 #else
-    void *module = dlopen(path, RTLD_NOW);
+    void* module = dlopen(path, RTLD_NOW);
     if (module != NULL) {
-        void *found = dlsym(module, "PI_KEL_GetInterface");
+        void* found = dlsym(module, "PI_KEL_GetInterface");
         memcpy(&getInterface, &found, sizeof getInterface);
     }
 #endif
@@ -42,7 +42,7 @@ static const PI_KEL_Interface *LoadPikel(const char *path) {
 }
 
 /* Says how a step went; the low part of a status is the system's error code. */
-static int Succeeded(const char *step, PiStatus status) {
+static int Succeeded(const char* step, PiStatus status) {
     printf("%-28s 0x%08lx\n", step, (unsigned long)status);
     fflush(stdout);
     return status == 0;
@@ -94,7 +94,7 @@ static UINT CALLBACK OnFile(PVOID context, UINT notification, UINT_PTR param1, U
     (void)param2;
     switch (notification) {
         case SPFILENOTIFY_STARTCOPY:
-            printf("  %s\n", ((const FILEPATHS_A *)param1)->Target);
+            printf("  %s\n", ((const FILEPATHS_A*)param1)->Target);
             return FILEOP_DOIT;
         case SPFILENOTIFY_COPYERROR:
         case SPFILENOTIFY_DELETEERROR:
@@ -105,15 +105,15 @@ static UINT CALLBACK OnFile(PVOID context, UINT notification, UINT_PTR param1, U
     }
 }
 
-static int AddDriver(const PI_KEL_Interface *pikel, const char *inf, const char *model, Target target,
-                     const DriverAddRecord *record) {
+static int AddDriver(const PI_KEL_Interface* pikel, const char* inf, const char* model, Target target,
+                     const DriverAddRecord* record) {
     return Succeeded("copy files", pikel->PI_KEL_CopyInfDriverFiles(inf, model, OnFile, target.architecture,
                                                                     (INT)target.major, target.minor, NULL, NULL)) &&
            Succeeded("add driver", pikel->PI_KEL_AddPrinterDriver(NULL, NULL, 0, 0, record, 0));
 }
 
-static int AddNewPrinter(const PI_KEL_Interface *pikel, const char *name, const char *port,
-                      const DriverAddRecord *driver) {
+static int AddNewPrinter(const PI_KEL_Interface* pikel, const char* name, const char* port,
+                         const DriverAddRecord* driver) {
     static char processor[] = "winprint";
     static char datatype[] = "RAW";
     PrinterRecord printer;
@@ -131,24 +131,25 @@ static int AddNewPrinter(const PI_KEL_Interface *pikel, const char *name, const 
     return Succeeded("add printer", pikel->PI_KEL_AddPrinter(&printer, &options));
 }
 
-static int Install(const PI_KEL_Interface *pikel, char **arguments, int count) {
+static int Install(const PI_KEL_Interface* pikel, char** arguments, int count) {
     const char *inf = arguments[0], *model = arguments[1], *printer = arguments[2], *port = arguments[3];
     Target target = TargetOfThisSystem();
-    DriverAddRecord *record = NULL;
-    int done = Succeeded("read INF", pikel->PI_KEL_GetInfInfo(inf, model, target.architecture, target.major,
-                                                              target.minor, &record)) &&
-               AddDriver(pikel, inf, model, target, record) &&
-               (count < 5 || Succeeded("create port", pikel->PI_KEL_CreatePort(arguments[4], port, 0, NULL, 0, NULL, 0))) &&
-               AddNewPrinter(pikel, printer, port, record) &&
-               Succeeded("make it the default", pikel->PI_KEL_SetDefaultPrinter(printer));
+    DriverAddRecord* record = NULL;
+    int done =
+        Succeeded("read INF",
+                  pikel->PI_KEL_GetInfInfo(inf, model, target.architecture, target.major, target.minor, &record)) &&
+        AddDriver(pikel, inf, model, target, record) &&
+        (count < 5 || Succeeded("create port", pikel->PI_KEL_CreatePort(arguments[4], port, 0, NULL, 0, NULL, 0))) &&
+        AddNewPrinter(pikel, printer, port, record) &&
+        Succeeded("make it the default", pikel->PI_KEL_SetDefaultPrinter(printer));
     if (record != NULL) {
         pikel->PI_KEL_FreeMemory(record);
     }
     return done;
 }
 
-int main(int argc, char **argv) {
-    const PI_KEL_Interface *pikel;
+int main(int argc, char** argv) {
+    const PI_KEL_Interface* pikel;
     int done;
     if (argc < 6 || argc > 7) {
         fprintf(stderr, "usage: installer LIBRARY INF MODEL PRINTER PORT [SDK]\n");

@@ -11,7 +11,7 @@ typedef struct SampleMonitorEx {
     FARPROC entries[17];
 } SampleMonitorEx;
 
-__declspec(dllexport) void *WINAPI InitializePrintMonitor(LPWSTR registryRoot) {
+__declspec(dllexport) void* WINAPI InitializePrintMonitor(LPWSTR registryRoot) {
     static SampleMonitorEx monitor;
     (void)registryRoot;
     monitor.dwMonitorSize = sizeof monitor.entries;

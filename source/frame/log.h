@@ -6,8 +6,8 @@
 
 #include "platform/types.h"
 
-// Formats are checked where DWORD is an int. On Windows it is a long of the same size, which the compiler would not take
-// for a %d.
+// Formats are checked where DWORD is an int. On Windows it is a long of the same size, which the compiler would not
+// take for a %d.
 #ifdef _WIN32
 #define PIKEL_LOG_FORMAT
 #else

@@ -45,12 +45,12 @@ constexpr bool IsComplete(const OsRouteTable<Routine>& table) {
 
 /// Holder of the row of the running system.
 class OsRoute {
- public:
+  public:
     explicit OsRoute(DWORD dwIndex) : m_dwIndex(dwIndex) {}
     DWORD Index() const { return m_dwIndex; }
     bool HasRoute() const { return m_dwIndex < kRouteCount; }
 
- private:
+  private:
     DWORD m_dwIndex;
 };
 

@@ -12,7 +12,7 @@ namespace pikel {
 
 /// First pass of a packing: adds up what the second will take, with the same calls.
 class PackSize {
- public:
+  public:
     template <class Item>
     void Add(std::size_t count = 1) {
         m_size = Aligned(m_size, alignof(Item)) + count * sizeof(Item);
@@ -32,13 +32,13 @@ class PackSize {
         return (offset + alignment - 1) / alignment * alignment;
     }
 
- private:
+  private:
     std::size_t m_size = 0;
 };
 
 /// Second pass: hands out the places in a zeroed block, in the order of the first.
 class Packer {
- public:
+  public:
     /// @param block  from AllocateHeap with the size of the first pass
     explicit Packer(void* block) : m_begin(static_cast<char*>(block)) {}
 
@@ -60,7 +60,7 @@ class Packer {
     }
     LPSTR OptionalText(LPCSTR lpszText) { return lpszText == nullptr ? nullptr : Text(lpszText); }
 
- private:
+  private:
     char* m_begin;
     std::size_t m_offset = 0;
 };

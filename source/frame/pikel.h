@@ -43,25 +43,26 @@ extern "C" {
 typedef DWORD PiStatus;
 
 /* PiStatusPrefix: what an operation's failure is marked with. The whole 32-bit code is ORed, nothing is masked. */
-#define PIKEL_PREFIX_GENERAL 0x90010000u          /* general queries and settings */
-#define PIKEL_PREFIX_NETWORK 0x90020000u          /* network resources */
-#define PIKEL_PREFIX_PORT 0x900c0000u             /* port creation */
-#define PIKEL_PREFIX_DRIVER_ADD 0x900d0000u       /* driver add, printer install and uninstall */
-#define PIKEL_PREFIX_PRINTER_ADD 0x900e0000u      /* printer add */
-#define PIKEL_PREFIX_DRIVER_DELETE 0x900f0000u    /* driver delete */
-#define PIKEL_PREFIX_PRINTER_DELETE 0x90100000u   /* printer delete */
-#define PIKEL_PREFIX_INF_READ 0x90120000u         /* INF reading */
-#define PIKEL_PREFIX_INSTALLED_INF 0x90130000u    /* installed INF lookup */
-#define PIKEL_PREFIX_FILE_COPY 0x901b0000u        /* file copying */
+#define PIKEL_PREFIX_GENERAL 0x90010000u        /* general queries and settings */
+#define PIKEL_PREFIX_NETWORK 0x90020000u        /* network resources */
+#define PIKEL_PREFIX_PORT 0x900c0000u           /* port creation */
+#define PIKEL_PREFIX_DRIVER_ADD 0x900d0000u     /* driver add, printer install and uninstall */
+#define PIKEL_PREFIX_PRINTER_ADD 0x900e0000u    /* printer add */
+#define PIKEL_PREFIX_DRIVER_DELETE 0x900f0000u  /* driver delete */
+#define PIKEL_PREFIX_PRINTER_DELETE 0x90100000u /* printer delete */
+#define PIKEL_PREFIX_INF_READ 0x90120000u       /* INF reading */
+#define PIKEL_PREFIX_INSTALLED_INF 0x90130000u  /* installed INF lookup */
+#define PIKEL_PREFIX_FILE_COPY 0x901b0000u      /* file copying */
 
 /* dwArchitecture of the INF-reading operations: the driver's target system, as PI_KEL_GetInfOsVersion reports it. */
-#define PIKEL_ARCHITECTURE_WINDOWS_9X 1u     /* "Windows 4.0" */
-#define PIKEL_ARCHITECTURE_NT4_X86 2u        /* "Windows NT x86", NT 4 generation */
-#define PIKEL_ARCHITECTURE_NT_X86 3u         /* "Windows NT x86", Windows 2000 and later */
-#define PIKEL_ARCHITECTURE_IA64 4u           /* "Windows IA64" */
-#define PIKEL_ARCHITECTURE_X64 5u            /* "Windows x64" */
+#define PIKEL_ARCHITECTURE_WINDOWS_9X 1u /* "Windows 4.0" */
+#define PIKEL_ARCHITECTURE_NT4_X86 2u    /* "Windows NT x86", NT 4 generation */
+#define PIKEL_ARCHITECTURE_NT_X86 3u     /* "Windows NT x86", Windows 2000 and later */
+#define PIKEL_ARCHITECTURE_IA64 4u       /* "Windows IA64" */
+#define PIKEL_ARCHITECTURE_X64 5u        /* "Windows x64" */
 
-/* DriverVersionCode: a driver's generation for the spooler. The Print UI route takes 0x400 as a second spelling of 0. */
+/* DriverVersionCode: a driver's generation for the spooler. The Print UI route takes 0x400 as a second spelling of 0.
+ */
 #define PIKEL_DRIVER_VERSION_9X 0u
 #define PIKEL_DRIVER_VERSION_NT4 2u
 #define PIKEL_DRIVER_VERSION_2000 3u
@@ -83,19 +84,19 @@ typedef struct DriverAddRecord {
     DRIVER_INFO_6A DriverInfo;
     MONITOR_INFO_2A MonitorInfo; /**< null or empty pName: the driver has no language monitor */
     DWORD ColorProfileCount;     /**< entries in ColorProfileList */
-    LPSTR *ColorProfileList;     /**< file names of colour profiles, or null */
+    LPSTR* ColorProfileList;     /**< file names of colour profiles, or null */
     DWORD NotSelectedTimeout;    /**< milliseconds */
     DWORD RetryTimeout;          /**< milliseconds */
 } DriverAddRecord;
 
 /** One value stored under a printer. */
 typedef struct PrinterRegistryEntry {
-    LPSTR Key;       /**< key below the printer, or null for the default key */
+    LPSTR Key; /**< key below the printer, or null for the default key */
     LPSTR ValueName;
-    LPBYTE Data;     /**< value bytes, or null */
-    DWORD Type;      /**< REG_SZ, REG_DWORD and so on */
-    DWORD Size;      /**< bytes at Data */
-    DWORD Kind;      /**< 0 every system, 1 the 9x family only, 2 the NT family only */
+    LPBYTE Data; /**< value bytes, or null */
+    DWORD Type;  /**< REG_SZ, REG_DWORD and so on */
+    DWORD Size;  /**< bytes at Data */
+    DWORD Kind;  /**< 0 every system, 1 the 9x family only, 2 the NT family only */
 } PrinterRegistryEntry;
 
 /** The share of a printer on the 9x family. */
@@ -143,11 +144,11 @@ typedef struct PrinterRecord {
     DWORD cJobs;
     DWORD AveragePPM;
     DWORD RegistryEntryCount;
-    PrinterRegistryEntry *RegistryEntries;
-    PrinterShareRecord *ShareRecord;       /**< 9x family, or null */
-    PrinterSecurityRecord *SecurityRecord; /**< NT family, or null */
+    PrinterRegistryEntry* RegistryEntries;
+    PrinterShareRecord* ShareRecord;       /**< 9x family, or null */
+    PrinterSecurityRecord* SecurityRecord; /**< NT family, or null */
     DWORD ColorProfileCount;
-    LPSTR *ColorProfiles;                  /**< colour profiles associated with the printer */
+    LPSTR* ColorProfiles; /**< colour profiles associated with the printer */
 } PrinterRecord;
 
 /** Second, optional record of PI_KEL_AddPrinter. */
@@ -155,7 +156,7 @@ typedef struct AddPrinterOptions {
     DWORD DeviceNotSelectedTimeout; /**< milliseconds; 9x family only */
     DWORD TransmissionRetryTimeout; /**< milliseconds; 9x family only */
     DWORD ColorProfileCount;
-    LPSTR *ColorProfiles;           /**< profiles to associate with the new printer */
+    LPSTR* ColorProfiles; /**< profiles to associate with the new printer */
 } AddPrinterOptions;
 
 /** One node of the network; an element of the result of PI_KEL_EnumNetResources and its parent argument. */
@@ -165,7 +166,7 @@ typedef struct NetResourceRecord {
     LPSTR RemoteName;
     LPSTR ShortName;
     LPSTR Comment;
-    LPSTR Provider;     /**< null on the NT family */
+    LPSTR Provider; /**< null on the NT family */
 } NetResourceRecord;
 
 /** Where one file of PI_KEL_CopyInfDriverFilesToLocal belongs. */
@@ -183,13 +184,13 @@ typedef struct DriverFileRecord {
 /** The table of operations, in its fixed order. All pointers are valid for the life of the library. */
 typedef struct PI_KEL_Interface {
     /** Slot 0. Counted. The first call reads the log configuration and looks at the running system. Always 0. */
-    DWORD(WINAPI *PI_KEL_Initialize)(void);
+    DWORD(WINAPI* PI_KEL_Initialize)(void);
 
     /** Slot 1. Counted. The call that brings the count to 0 turns the log off. Always 0. */
-    DWORD(WINAPI *PI_KEL_Shutdown)(void);
+    DWORD(WINAPI* PI_KEL_Shutdown)(void);
 
     /** Slot 2. Gives back a block that another operation handed out. Non-zero on success. */
-    BOOL(WINAPI *PI_KEL_FreeMemory)(LPVOID block);
+    BOOL(WINAPI* PI_KEL_FreeMemory)(LPVOID block);
 
     /**
      * Slot 3. Adds a printer driver, with its language monitor and colour profiles.
@@ -198,8 +199,8 @@ typedef struct PI_KEL_Interface {
      * @param usePrintUI  non-zero: through the system's Print UI; status 0x900d0057 where there is none
      * @return status, PIKEL_PREFIX_DRIVER_ADD
      */
-    PiStatus(WINAPI *PI_KEL_AddPrinterDriver)(LPCSTR infPath, LPCSTR modelName, DWORD driverVersion, DWORD processor,
-                                              const DriverAddRecord *record, INT usePrintUI);
+    PiStatus(WINAPI* PI_KEL_AddPrinterDriver)(LPCSTR infPath, LPCSTR modelName, DWORD driverVersion, DWORD processor,
+                                              const DriverAddRecord* record, INT usePrintUI);
 
     /**
      * Slot 4. Deletes a driver, and with it the monitor and files that no other driver needs.
@@ -207,34 +208,34 @@ typedef struct PI_KEL_Interface {
      * @param fileRemovalFlag  read by the Print UI route only
      * @return status, PIKEL_PREFIX_DRIVER_DELETE
      */
-    PiStatus(WINAPI *PI_KEL_DeletePrinterDriver)(DWORD driverVersion, LPCSTR driverName, DWORD processor,
-                                                 DWORD profileCount, LPSTR *profileList, DWORD fileRemovalFlag,
+    PiStatus(WINAPI* PI_KEL_DeletePrinterDriver)(DWORD driverVersion, LPCSTR driverName, DWORD processor,
+                                                 DWORD profileCount, LPSTR* profileList, DWORD fileRemovalFlag,
                                                  DWORD usePrintUI);
 
     /** Slot 5. 1 when a file of an installed 9x driver is held open, else 0; 0 on every other family. A value. */
-    DWORD(WINAPI *PI_KEL_IsDriverFileLoaded)(LPCSTR driverName);
+    DWORD(WINAPI* PI_KEL_IsDriverFileLoaded)(LPCSTR driverName);
 
     /**
      * Slot 6. Reads a file's product version as "major.minor", the minor with at least two digits.
      * @param version [out] text; untouched when size bytes don't hold it
      * @return status, PIKEL_PREFIX_GENERAL
      */
-    PiStatus(WINAPI *PI_KEL_GetDriverFileVersion)(LPCSTR filePath, LPSTR version, DWORD size);
+    PiStatus(WINAPI* PI_KEL_GetDriverFileVersion)(LPCSTR filePath, LPSTR version, DWORD size);
 
     /**
      * Slot 7. Compares a file's version with a text. A value: 1 equal, 2 the file is higher, 3 it is lower or can't be
      * read, 87 an argument is null.
      * @param fileVersion [out] the file's version, when size bytes hold it; may be null
      */
-    DWORD(WINAPI *PI_KEL_CheckDriverFileVersion)(LPCSTR filePath, LPCSTR versionText, LPSTR fileVersion, DWORD size);
+    DWORD(WINAPI* PI_KEL_CheckDriverFileVersion)(LPCSTR filePath, LPCSTR versionText, LPSTR fileVersion, DWORD size);
 
     /**
      * Slot 8. Reads all that a driver add needs from an INF.
      * @param ppRecord [out] one heap block, freed with PI_KEL_FreeMemory; null on failure of the last step
      * @return status, PIKEL_PREFIX_INF_READ; 1359 when the model isn't in the INF
      */
-    PiStatus(WINAPI *PI_KEL_GetInfInfo)(LPCSTR lpcInfPath, LPCSTR lpDriverName, DWORD dwArchitecture,
-                                        DWORD dwMajorVersion, DWORD dwMinorVersion, DriverAddRecord **ppRecord);
+    PiStatus(WINAPI* PI_KEL_GetInfInfo)(LPCSTR lpcInfPath, LPCSTR lpDriverName, DWORD dwArchitecture,
+                                        DWORD dwMajorVersion, DWORD dwMinorVersion, DriverAddRecord** ppRecord);
 
     /**
      * Slot 9. Tells the name of a driver's main file.
@@ -242,9 +243,9 @@ typedef struct PI_KEL_Interface {
      * @param pdwSize [in, out] bytes at name; receives the bytes needed. A small buffer is no failure.
      * @return status, PIKEL_PREFIX_INF_READ
      */
-    PiStatus(WINAPI *PI_KEL_GetDriverFileNameFromInf)(LPCSTR infPath, LPCSTR driverName, DWORD dwArchitecture,
-                                                      DWORD dwMajorVersion, DWORD dwMinorVersion,
-                                                      DWORD wantDriverFile, LPSTR name, LPDWORD pdwSize);
+    PiStatus(WINAPI* PI_KEL_GetDriverFileNameFromInf)(LPCSTR infPath, LPCSTR driverName, DWORD dwArchitecture,
+                                                      DWORD dwMajorVersion, DWORD dwMinorVersion, DWORD wantDriverFile,
+                                                      LPSTR name, LPDWORD pdwSize);
 
     /**
      * Slot 10. Copies a model's files to where its INF says, through the Setup API file queue, and applies the
@@ -252,7 +253,7 @@ typedef struct PI_KEL_Interface {
      * @param queueCallback  gets the queue's notifications, with the default callback's context; null: the default
      * @return status, PIKEL_PREFIX_FILE_COPY. Files copied before a failure stay.
      */
-    PiStatus(WINAPI *PI_KEL_CopyInfDriverFiles)(LPCSTR infPath, LPCSTR driverName, PSP_FILE_CALLBACK_A queueCallback,
+    PiStatus(WINAPI* PI_KEL_CopyInfDriverFiles)(LPCSTR infPath, LPCSTR driverName, PSP_FILE_CALLBACK_A queueCallback,
                                                 DWORD dwArchitecture, INT dwMajorVersion, DWORD dwMinorVersion,
                                                 HWND ownerWindow, HWND progressWindow);
 
@@ -263,8 +264,8 @@ typedef struct PI_KEL_Interface {
      * @param pdwCount [out] number of names
      * @return status, PIKEL_PREFIX_INF_READ
      */
-    PiStatus(WINAPI *PI_KEL_GetDriverListFromInf)(LPCSTR infPath, DWORD dwArchitecture, DWORD dwMajorVersion,
-                                                  DWORD dwMinorVersion, LPSTR **ppList, LPDWORD pdwCount);
+    PiStatus(WINAPI* PI_KEL_GetDriverListFromInf)(LPCSTR infPath, DWORD dwArchitecture, DWORD dwMajorVersion,
+                                                  DWORD dwMinorVersion, LPSTR** ppList, LPDWORD pdwCount);
 
     /**
      * Slot 12. Places an INF in a folder of the system unless an INF there covers it.
@@ -272,7 +273,7 @@ typedef struct PI_KEL_Interface {
      * @param dwFlag   Windows 2000 and later: 0 leaves the placing to the system, else a plain copy
      * @return status, PIKEL_PREFIX_FILE_COPY
      */
-    PiStatus(WINAPI *PI_KEL_InfFileCopy)(LPCSTR lpszInfFile, DWORD dwProcessor, DWORD dwMajor, DWORD dwMinor,
+    PiStatus(WINAPI* PI_KEL_InfFileCopy)(LPCSTR lpszInfFile, DWORD dwProcessor, DWORD dwMajor, DWORD dwMinor,
                                          LPCSTR lpszDir, LPCSTR lpszProvider, LPCSTR lpszClass, DWORD dwFlag);
 
     /**
@@ -280,7 +281,7 @@ typedef struct PI_KEL_Interface {
      * @param name [out] path; an empty text when none was found; untouched when size bytes don't hold it
      * @return status, PIKEL_PREFIX_INSTALLED_INF; it speaks of the last INF looked at, name tells the outcome
      */
-    PiStatus(WINAPI *PI_KEL_GetInstalledInfName)(LPCSTR driverName, DWORD dwArchitecture, DWORD dwMajorVersion,
+    PiStatus(WINAPI* PI_KEL_GetInstalledInfName)(LPCSTR driverName, DWORD dwArchitecture, DWORD dwMajorVersion,
                                                  DWORD dwMinorVersion, LPCSTR infFolder, LPCSTR lpszProvider,
                                                  LPCSTR lpszClass, LPSTR name, DWORD size);
 
@@ -290,7 +291,7 @@ typedef struct PI_KEL_Interface {
      * @param ppRecords [out] one heap block, freed with PI_KEL_FreeMemory; a block also for no children
      * @return status, PIKEL_PREFIX_NETWORK
      */
-    PiStatus(WINAPI *PI_KEL_EnumNetResources)(const NetResourceRecord *parent, NetResourceRecord **ppRecords,
+    PiStatus(WINAPI* PI_KEL_EnumNetResources)(const NetResourceRecord* parent, NetResourceRecord** ppRecords,
                                               LPDWORD pdwCount);
 
     /**
@@ -303,7 +304,7 @@ typedef struct PI_KEL_Interface {
      * @param result [out]   the SDK's text, when size bytes hold it; may be null
      * @return status, PIKEL_PREFIX_PORT; 1359 when the SDK refuses
      */
-    PiStatus(WINAPI *PI_KEL_CreatePort)(LPCSTR lpSdkPath, LPCSTR portName, DWORD protocolFlag, LPCSTR lpQueueName,
+    PiStatus(WINAPI* PI_KEL_CreatePort)(LPCSTR lpSdkPath, LPCSTR portName, DWORD protocolFlag, LPCSTR lpQueueName,
                                         INT byteCountFlag, LPSTR result, DWORD size);
 
     /**
@@ -311,10 +312,10 @@ typedef struct PI_KEL_Interface {
      * @param ppRecord [out] one heap block, freed with PI_KEL_FreeMemory
      * @return status, PIKEL_PREFIX_GENERAL
      */
-    PiStatus(WINAPI *PI_KEL_GetPrinter)(LPCSTR printerName, PrinterRecord **ppRecord);
+    PiStatus(WINAPI* PI_KEL_GetPrinter)(LPCSTR printerName, PrinterRecord** ppRecord);
 
     /** Slot 17. Writes a printer's settings. Only the opening of the printer can fail. Status, PIKEL_PREFIX_GENERAL. */
-    PiStatus(WINAPI *PI_KEL_SetPrinter)(LPCSTR printerName, PrinterRecord *record);
+    PiStatus(WINAPI* PI_KEL_SetPrinter)(LPCSTR printerName, PrinterRecord* record);
 
     /**
      * Slot 18. Adds a printer, or connects to a shared one when the name begins with two backslashes.
@@ -323,27 +324,27 @@ typedef struct PI_KEL_Interface {
      * @param options  profiles and timeouts of a local printer, or null
      * @return status, PIKEL_PREFIX_PRINTER_ADD
      */
-    PiStatus(WINAPI *PI_KEL_AddPrinter)(PrinterRecord *record, const AddPrinterOptions *options);
+    PiStatus(WINAPI* PI_KEL_AddPrinter)(PrinterRecord* record, const AddPrinterOptions* options);
 
     /** Slot 19. Deletes a printer and the links of its profiles. Status, PIKEL_PREFIX_PRINTER_DELETE. */
-    PiStatus(WINAPI *PI_KEL_DeletePrinter)(LPCSTR printerName, DWORD profileCount, LPSTR *profileList,
+    PiStatus(WINAPI* PI_KEL_DeletePrinter)(LPCSTR printerName, DWORD profileCount, LPSTR* profileList,
                                            DWORD usePrintUI);
 
     /** Slot 20. 1 when the process may do administrative work, else 0. A value. */
-    DWORD(WINAPI *PI_KEL_IsAdministrators)(void);
+    DWORD(WINAPI* PI_KEL_IsAdministrators)(void);
 
     /** Slot 21. Creates a shortcut in a folder of the Start menu's programs. Status, PIKEL_PREFIX_GENERAL. */
-    PiStatus(WINAPI *PI_KEL_CreateShortCut)(LPCSTR folderName, LPCSTR linkName, LPCSTR targetPath,
+    PiStatus(WINAPI* PI_KEL_CreateShortCut)(LPCSTR folderName, LPCSTR linkName, LPCSTR targetPath,
                                             LPCSTR workingDirectory);
 
     /** Slot 22. Unpacks a cabinet into a folder of at most 260 characters. Status, PIKEL_PREFIX_GENERAL. */
-    PiStatus(WINAPI *PI_KEL_ExtractCabFile)(LPCSTR cabinetPath, LPCSTR outputFolder);
+    PiStatus(WINAPI* PI_KEL_ExtractCabFile)(LPCSTR cabinetPath, LPCSTR outputFolder);
 
     /** Slot 23. 1 when a file is an INF of the provider and class given (null: any), else 0. A value. */
-    DWORD(WINAPI *PI_KEL_IsValidInfFile)(LPCSTR lpszInfFile, LPCSTR lpszProvider, LPCSTR lpszClass);
+    DWORD(WINAPI* PI_KEL_IsValidInfFile)(LPCSTR lpszInfFile, LPCSTR lpszProvider, LPCSTR lpszClass);
 
     /** Slot 24. Tells the dwArchitecture of an INF, 0 for neither family. Status, PIKEL_PREFIX_GENERAL. */
-    PiStatus(WINAPI *PI_KEL_GetInfOsVersion)(LPCSTR infPath, LPDWORD pdwArchitecture);
+    PiStatus(WINAPI* PI_KEL_GetInfOsVersion)(LPCSTR infPath, LPDWORD pdwArchitecture);
 
     /**
      * Slot 25. Expands a model's files into a local folder.
@@ -352,31 +353,30 @@ typedef struct PI_KEL_Interface {
      * @param ppRecords    [out] one heap block, freed with PI_KEL_FreeMemory
      * @return status, PIKEL_PREFIX_FILE_COPY
      */
-    PiStatus(WINAPI *PI_KEL_CopyInfDriverFilesToLocal)(LPCSTR infPath, LPCSTR driverName, LPCSTR localFolder,
+    PiStatus(WINAPI* PI_KEL_CopyInfDriverFilesToLocal)(LPCSTR infPath, LPCSTR driverName, LPCSTR localFolder,
                                                        LPDWORD pdwTotalSize, DWORD copyNameMode, LPDWORD pdwCount,
-                                                       LocalFileRecord **ppRecords, DWORD dwArchitecture,
+                                                       LocalFileRecord** ppRecords, DWORD dwArchitecture,
                                                        DWORD dwMajorVersion, DWORD dwMinorVersion);
 
     /** Slot 26. Runs one command line of the system's Print UI. Status, PIKEL_PREFIX_GENERAL. */
-    PiStatus(WINAPI *PI_KEL_RunPrintUI)(LPCSTR commandLine);
+    PiStatus(WINAPI* PI_KEL_RunPrintUI)(LPCSTR commandLine);
 
     /** Slot 27. Deletes a printer and leaves its 9x share alone. Status, PIKEL_PREFIX_PRINTER_DELETE. */
-    PiStatus(WINAPI *PI_KEL_DeletePrinterWithoutShareReg)(LPCSTR printerName);
+    PiStatus(WINAPI* PI_KEL_DeletePrinterWithoutShareReg)(LPCSTR printerName);
 
     /** Slot 28. Reads a text of the Print UI library's string table. Status, PIKEL_PREFIX_GENERAL. */
-    PiStatus(WINAPI *PI_KEL_GetResourceStrFromPrintUI)(DWORD resourceId, LPSTR text, DWORD size);
+    PiStatus(WINAPI* PI_KEL_GetResourceStrFromPrintUI)(DWORD resourceId, LPSTR text, DWORD size);
 
     /** Slot 29. Installs a printer with its driver through the Print UI. Status, PIKEL_PREFIX_DRIVER_ADD. */
-    PiStatus(WINAPI *PI_KEL_InstallPrinterToPrintUI)(LPCSTR infPath, LPCSTR printerName, LPCSTR modelName,
-                                                     LPCSTR portName, LPCSTR shareName, LPCSTR spare,
-                                                     DWORD shareFlag);
+    PiStatus(WINAPI* PI_KEL_InstallPrinterToPrintUI)(LPCSTR infPath, LPCSTR printerName, LPCSTR modelName,
+                                                     LPCSTR portName, LPCSTR shareName, LPCSTR spare, DWORD shareFlag);
 
     /**
      * Slot 30. Deletes a printer and then its driver, unless another printer uses the driver.
      * @return status, PIKEL_PREFIX_DRIVER_ADD; a printer that is gone stays gone when the driver step fails
      */
-    PiStatus(WINAPI *PI_KEL_UninstallPrinter)(LPCSTR printerName, LPCSTR driverName, DWORD driverVersion,
-                                              DWORD processor, DWORD profileCount, LPSTR *profileList,
+    PiStatus(WINAPI* PI_KEL_UninstallPrinter)(LPCSTR printerName, LPCSTR driverName, DWORD driverVersion,
+                                              DWORD processor, DWORD profileCount, LPSTR* profileList,
                                               DWORD fileRemovalFlag, INT usePrintUI);
 
     /**
@@ -385,27 +385,28 @@ typedef struct PI_KEL_Interface {
      * @param stagingFolder    belongs to the operation: emptied before and after
      * @return status, PIKEL_PREFIX_FILE_COPY
      */
-    PiStatus(WINAPI *PI_KEL_CopyInfDriverFilesEx)(LPCSTR infPath, LPCSTR driverName, DWORD copyNameMode,
-                                                  LPDWORD pdwRestartNeeded, LPCSTR stagingFolder,
-                                                  DWORD dwArchitecture, DWORD dwMajorVersion, DWORD dwMinorVersion);
+    PiStatus(WINAPI* PI_KEL_CopyInfDriverFilesEx)(LPCSTR infPath, LPCSTR driverName, DWORD copyNameMode,
+                                                  LPDWORD pdwRestartNeeded, LPCSTR stagingFolder, DWORD dwArchitecture,
+                                                  DWORD dwMajorVersion, DWORD dwMinorVersion);
 
-    /** Slot 32. XP generation: copies a driver's files to the folder of its hardware ID. Status, PIKEL_PREFIX_GENERAL. */
-    PiStatus(WINAPI *PI_KEL_CopyDriverFileToHWIDFolder)(LPCSTR driverName);
+    /** Slot 32. XP generation: copies a driver's files to the folder of its hardware ID. Status, PIKEL_PREFIX_GENERAL.
+     */
+    PiStatus(WINAPI* PI_KEL_CopyDriverFileToHWIDFolder)(LPCSTR driverName);
 
     /** Slot 33. Applies the registry part of a model's install section. Status, PIKEL_PREFIX_GENERAL. */
-    PiStatus(WINAPI *PI_KEL_ControlRegistory)(LPCSTR infPath, LPCSTR driverName, DWORD dwArchitecture,
+    PiStatus(WINAPI* PI_KEL_ControlRegistory)(LPCSTR infPath, LPCSTR driverName, DWORD dwArchitecture,
                                               DWORD dwMajorVersion, DWORD dwMinorVersion);
 
     /** Slot 34. Makes a printer the default. Status, PIKEL_PREFIX_GENERAL. */
-    PiStatus(WINAPI *PI_KEL_SetDefaultPrinter)(LPCSTR printerName);
+    PiStatus(WINAPI* PI_KEL_SetDefaultPrinter)(LPCSTR printerName);
 
     /**
      * Slot 35. Lists a model's files by kind.
      * @param ppRecords [out] one heap block, freed with PI_KEL_FreeMemory
      * @return status, PIKEL_PREFIX_GENERAL; a model without files gives 8
      */
-    PiStatus(WINAPI *PI_KEL_EnumDriverFiles)(LPCSTR infPath, LPCSTR driverName, DWORD dwArchitecture,
-                                             DWORD dwMajorVersion, DWORD dwMinorVersion, DriverFileRecord **ppRecords,
+    PiStatus(WINAPI* PI_KEL_EnumDriverFiles)(LPCSTR infPath, LPCSTR driverName, DWORD dwArchitecture,
+                                             DWORD dwMajorVersion, DWORD dwMinorVersion, DriverFileRecord** ppRecords,
                                              LPDWORD pdwCount);
 
     /**
@@ -415,7 +416,7 @@ typedef struct PI_KEL_Interface {
      * @param comment      [out] at least 75 bytes; written when customised
      * @return status, PIKEL_PREFIX_GENERAL
      */
-    PiStatus(WINAPI *PI_KEL_GetCustomizeInfo)(LPCSTR infPath, LPDWORD pbCustomized, LPSTR code, LPSTR comment);
+    PiStatus(WINAPI* PI_KEL_GetCustomizeInfo)(LPCSTR infPath, LPDWORD pbCustomized, LPSTR code, LPSTR comment);
 
     /**
      * Slot 37. Sums the expanded sizes of several models' files.
@@ -424,12 +425,12 @@ typedef struct PI_KEL_Interface {
      * @param pdwSharedSize  [out] bytes of files that further models repeat
      * @return status, PIKEL_PREFIX_FILE_COPY
      */
-    PiStatus(WINAPI *PI_KEL_GetCopyDriverFilesSize)(LPCSTR infPath, LPCSTR modelNames, LPDWORD pdwTotalSize,
+    PiStatus(WINAPI* PI_KEL_GetCopyDriverFilesSize)(LPCSTR infPath, LPCSTR modelNames, LPDWORD pdwTotalSize,
                                                     LPDWORD pdwSharedSize, DWORD copyNameMode, DWORD dwArchitecture,
                                                     DWORD dwMajorVersion, DWORD dwMinorVersion);
 
     /** Slot 38. 0: printers are added and set without the caller's DEVMODE; 1: with it (the start value). Always 0. */
-    DWORD(WINAPI *PI_KEL_SetEffectiveDevMode)(DWORD flag);
+    DWORD(WINAPI* PI_KEL_SetEffectiveDevMode)(DWORD flag);
 
     /**
      * Slot 39. Puts language monitor files into the system directory.
@@ -438,17 +439,17 @@ typedef struct PI_KEL_Interface {
      * @param pdwRebootFlag  [out] 1 when a file can only be replaced at the next start
      * @return status, PIKEL_PREFIX_FILE_COPY
      */
-    PiStatus(WINAPI *PI_KEL_CopyMonitorFile)(LPCSTR filePath, LPCSTR fileList, LPDWORD pdwRebootFlag);
+    PiStatus(WINAPI* PI_KEL_CopyMonitorFile)(LPCSTR filePath, LPCSTR fileList, LPDWORD pdwRebootFlag);
 
     /**
      * Slot 40. Tells the default printer.
      * @param name [out] untouched when there is none; size must exceed the name's length, else 87
      * @return status, PIKEL_PREFIX_GENERAL
      */
-    PiStatus(WINAPI *PI_KEL_GetDefaultPrinter)(LPSTR name, DWORD size);
+    PiStatus(WINAPI* PI_KEL_GetDefaultPrinter)(LPSTR name, DWORD size);
 
     /** Slot 41. 0x90010001 when the printer is the default, 0 when it isn't, 0x90010057 for a null name. */
-    PiStatus(WINAPI *PI_KEL_IsDefaultPrinter)(LPCSTR printerName);
+    PiStatus(WINAPI* PI_KEL_IsDefaultPrinter)(LPCSTR printerName);
 
     /**
      * Slot 42. Tells the catalog that an INF names.
@@ -456,7 +457,7 @@ typedef struct PI_KEL_Interface {
      * @param lpszCATFile [out] catalog's file name, when there is one; may be null, else large enough for the name
      * @return status, PIKEL_PREFIX_GENERAL
      */
-    PiStatus(WINAPI *PI_KEL_GetCATFileInfo)(LPCSTR infPath, LPDWORD pbExistCAT, LPSTR lpszCATFile);
+    PiStatus(WINAPI* PI_KEL_GetCATFileInfo)(LPCSTR infPath, LPDWORD pbExistCAT, LPSTR lpszCATFile);
 } PI_KEL_Interface;
 
 #if defined(_WIN32) || !defined(__GNUC__)
@@ -470,10 +471,10 @@ typedef struct PI_KEL_Interface {
  * @param version  PIKEL_INTERFACE_VERSION
  * @return the table, the same address each time; null for any other version. Touches no state and logs nothing.
  */
-PIKEL_EXPORT const PI_KEL_Interface *WINAPI PI_KEL_GetInterface(DWORD version);
+PIKEL_EXPORT const PI_KEL_Interface* WINAPI PI_KEL_GetInterface(DWORD version);
 
 /** Type of PI_KEL_GetInterface, for callers that look it up by name. */
-typedef const PI_KEL_Interface *(WINAPI *PI_KEL_GetInterfaceFunction)(DWORD version);
+typedef const PI_KEL_Interface*(WINAPI* PI_KEL_GetInterfaceFunction)(DWORD version);
 
 #ifdef __cplusplus
 }

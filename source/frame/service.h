@@ -11,7 +11,7 @@ inline constexpr DWORD kServiceAccess = SERVICE_ALL_ACCESS;
 
 /// A service control manager handle and a service handle. Closed service first, then manager.
 class ServiceHandles {
- public:
+  public:
     ServiceHandles() = default;
     ~ServiceHandles() { Close(); }
     ServiceHandles(const ServiceHandles&) = delete;
@@ -24,7 +24,7 @@ class ServiceHandles {
     SC_HANDLE Manager() const { return m_manager.Get(); }
     SC_HANDLE Service() const { return m_service.Get(); }
 
- private:
+  private:
     friend DWORD OpenServiceHandles(ServiceHandles& handles, LPCSTR lpszServiceName, DWORD dwManagerAccess,
                                     DWORD dwServiceAccess);
     ServiceHandle m_manager;
@@ -33,8 +33,7 @@ class ServiceHandles {
 
 /// Opens the local manager and a service, after closing what the pair holds. Never leaves the pair half open.
 /// @return 0 or the code of the open that failed
-DWORD OpenServiceHandles(ServiceHandles& handles, LPCSTR lpszServiceName, DWORD dwManagerAccess,
-                         DWORD dwServiceAccess);
+DWORD OpenServiceHandles(ServiceHandles& handles, LPCSTR lpszServiceName, DWORD dwManagerAccess, DWORD dwServiceAccess);
 
 /// The services that depend on one.
 /// @param dwStateFilter  SERVICE_ACTIVE or SERVICE_STATE_ALL

@@ -8,13 +8,13 @@
 namespace pikel {
 
 class StringList {
- public:
+  public:
     using value_type = std::string;
     using const_iterator = std::vector<std::string>::const_iterator;
 
     StringList() = default;
-    /// Splits a text. The search is byte by byte and knows nothing of double-byte characters. A null or empty text gives
-    /// no element at all.
+    /// Splits a text. The search is byte by byte and knows nothing of double-byte characters. A null or empty text
+    /// gives no element at all.
     StringList(const char* text, char delimiter);
     StringList(const std::string& text, char delimiter);
 
@@ -32,7 +32,7 @@ class StringList {
     /// First element, or an empty text where there is none.
     const std::string& FrontOrEmpty() const;
 
- private:
+  private:
     std::vector<std::string> m_vecTexts;
     char m_chDelimiter = '\0';
 };

@@ -9,23 +9,29 @@
 namespace pikel {
 
 /// Null or empty.
-inline bool IsEmpty(LPCSTR lpszText) { return lpszText == nullptr || *lpszText == '\0'; }
+inline bool IsEmpty(LPCSTR lpszText) {
+    return lpszText == nullptr || *lpszText == '\0';
+}
 
 /// The text, or an empty one for null.
-inline LPCSTR TextOrEmpty(LPCSTR lpszText) { return lpszText == nullptr ? "" : lpszText; }
+inline LPCSTR TextOrEmpty(LPCSTR lpszText) {
+    return lpszText == nullptr ? "" : lpszText;
+}
 
 /// Equal without regard to case, by the system's locale rules.
-inline bool EqualNoCase(LPCSTR lpszLeft, LPCSTR lpszRight) { return Platform().lstrcmpiA(lpszLeft, lpszRight) == 0; }
+inline bool EqualNoCase(LPCSTR lpszLeft, LPCSTR lpszRight) {
+    return Platform().lstrcmpiA(lpszLeft, lpszRight) == 0;
+}
 
 /// Walks a multi-string: texts that each end in a NUL, up to an empty one. Null walks nothing.
 ///
 ///     for (LPCSTR lpszName : MultiString(pDependentFiles)) ...
 class MultiString {
- public:
+  public:
     explicit MultiString(LPCSTR lpszTexts) : m_lpszTexts(lpszTexts) {}
 
     class Iterator {
-     public:
+      public:
         explicit Iterator(LPCSTR lpszText) : m_lpszText(lpszText) {}
         LPCSTR operator*() const { return m_lpszText; }
         Iterator& operator++() {
@@ -34,13 +40,13 @@ class MultiString {
         }
         bool operator!=(std::nullptr_t) const { return !IsEmpty(m_lpszText); }
 
-     private:
+      private:
         LPCSTR m_lpszText;
     };
     Iterator begin() const { return Iterator(m_lpszTexts); }
     std::nullptr_t end() const { return nullptr; }
 
- private:
+  private:
     LPCSTR m_lpszTexts;
 };
 

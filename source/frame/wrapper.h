@@ -24,7 +24,9 @@ DWORD RunGuarded(Work&& work) {
 }
 
 /// The whole 32-bit code is ORed; nothing is masked first.
-inline PiStatus ToStatus(DWORD dwCode, DWORD dwPrefix) { return dwCode == 0 ? 0 : dwCode | dwPrefix; }
+inline PiStatus ToStatus(DWORD dwCode, DWORD dwPrefix) {
+    return dwCode == 0 ? 0 : dwCode | dwPrefix;
+}
 
 /// The common form for a slot with a status.
 template <class Work>
@@ -48,7 +50,7 @@ DWORD RunValueSlot(const char* name, Work&& work) {
 
 /// A text argument kept for the length of a call. A null pointer stays null, an empty text stays an empty text.
 class KeptText {
- public:
+  public:
     explicit KeptText(LPCSTR lpszText) {
         if (lpszText != nullptr) {
             m_strText = lpszText;
@@ -56,7 +58,7 @@ class KeptText {
     }
     LPCSTR Get() const { return m_strText ? m_strText->c_str() : nullptr; }
 
- private:
+  private:
     std::optional<std::string> m_strText;
 };
 
@@ -75,21 +77,21 @@ struct SlotFunction<Slot, Result(WINAPI*)(Parameters...)> {
 #define STATUS_SLOT(operation, prefix, work) STATUS_SLOT_STARTING_AS(operation, #operation, prefix, work)
 
 /// The same for a slot whose start line bears another name.
-#define STATUS_SLOT_STARTING_AS(operation, startName, prefix, work)                                     \
-    struct operation##_Slot {                                                                           \
-        template <class... Arguments>                                                                   \
-        static PiStatus Run(Arguments... arguments) {                                                   \
+#define STATUS_SLOT_STARTING_AS(operation, startName, prefix, work)                                         \
+    struct operation##_Slot {                                                                               \
+        template <class... Arguments>                                                                       \
+        static PiStatus Run(Arguments... arguments) {                                                       \
             return RunStatusSlot(startName, #operation, prefix, [&] { return DWORD(work(arguments...)); }); \
-        }                                                                                               \
+        }                                                                                                   \
     };
 
 /// Declares a slot of the common form with a plain value.
-#define VALUE_SLOT(operation, work)                                                          \
-    struct operation##_Slot {                                                                \
-        template <class... Arguments>                                                        \
-        static DWORD Run(Arguments... arguments) {                                           \
-            return RunValueSlot(#operation, [&] { return DWORD(work(arguments...)); });      \
-        }                                                                                    \
+#define VALUE_SLOT(operation, work)                                                     \
+    struct operation##_Slot {                                                           \
+        template <class... Arguments>                                                   \
+        static DWORD Run(Arguments... arguments) {                                      \
+            return RunValueSlot(#operation, [&] { return DWORD(work(arguments...)); }); \
+        }                                                                               \
     };
 
 /// The function of a declared slot, for the table.

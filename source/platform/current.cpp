@@ -10,7 +10,9 @@ namespace detail {
 constinit const PlatformTable* currentPlatform = &kNativeTable;
 }  // namespace detail
 
-const PlatformTable& NativePlatform() { return kNativeTable; }
+const PlatformTable& NativePlatform() {
+    return kNativeTable;
+}
 
 const PlatformTable& SetPlatform(const PlatformTable& table) {
     return *std::exchange(detail::currentPlatform, &table);

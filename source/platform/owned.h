@@ -11,7 +11,7 @@ namespace pikel {
 /// Owner of one value of Policy::Value. Policy: Value, static Value Empty(), static void Close(Value).
 template <class Policy>
 class Owned {
- public:
+  public:
     using Value = typename Policy::Value;
 
     Owned() = default;
@@ -47,7 +47,7 @@ class Owned {
         return &m_value;
     }
 
- private:
+  private:
     Value m_value = Policy::Empty();
 };
 
@@ -149,7 +149,7 @@ inline HeapBlock AllocateHeap(SIZE_T size) {
 ///     add.Call()(...);
 template <class Function>
 class LookedUp {
- public:
+  public:
     /// Loads the library and finds the export. The code of the step that failed is kept in Status().
     LookedUp(LPCSTR lpszModule, LPCSTR lpszName) : m_module(Platform().LoadLibraryA(lpszModule)) {
         if (!m_module) {
@@ -176,7 +176,7 @@ class LookedUp {
         m_module.Reset();
     }
 
- private:
+  private:
     LoadedModule m_module;
     Function m_pfn = nullptr;
     DWORD m_dwStatus = 0;

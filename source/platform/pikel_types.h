@@ -47,23 +47,23 @@ typedef char16_t WCHAR;
 typedef uint16_t WCHAR;
 #endif
 
-typedef void *PVOID;
-typedef void *LPVOID;
-typedef const void *LPCVOID;
-typedef char *LPSTR;
-typedef const char *LPCSTR;
-typedef WCHAR *LPWSTR;
-typedef const WCHAR *LPCWSTR;
-typedef BYTE *LPBYTE;
-typedef DWORD *LPDWORD;
-typedef DWORD *PDWORD;
-typedef BOOL *PBOOL;
-typedef void *HANDLE;
-typedef HANDLE *LPHANDLE;
-typedef struct HWND__ *HWND;
-typedef struct HINSTANCE__ *HINSTANCE;
+typedef void* PVOID;
+typedef void* LPVOID;
+typedef const void* LPCVOID;
+typedef char* LPSTR;
+typedef const char* LPCSTR;
+typedef WCHAR* LPWSTR;
+typedef const WCHAR* LPCWSTR;
+typedef BYTE* LPBYTE;
+typedef DWORD* LPDWORD;
+typedef DWORD* PDWORD;
+typedef BOOL* PBOOL;
+typedef void* HANDLE;
+typedef HANDLE* LPHANDLE;
+typedef struct HWND__* HWND;
+typedef struct HINSTANCE__* HINSTANCE;
 typedef HINSTANCE HMODULE;
-typedef void *PSECURITY_DESCRIPTOR;
+typedef void* PSECURITY_DESCRIPTOR;
 
 #ifndef TRUE
 #define TRUE 1
@@ -196,24 +196,24 @@ enum {
 
 /* setupapi.h: Param1 of the notifications that concern one file. */
 typedef struct _FILEPATHS_A {
-    const char *Target;
-    const char *Source;
+    const char* Target;
+    const char* Source;
     UINT Win32Error;
     DWORD Flags;
 } FILEPATHS_A, *PFILEPATHS_A;
 
 /* setupapi.h: Param1 of SPFILENOTIFY_NEEDMEDIA. */
 typedef struct _SOURCE_MEDIA_A {
-    const char *Reserved;
-    const char *Tagfile;
-    const char *Description;
-    const char *SourcePath;
-    const char *SourceFile;
+    const char* Reserved;
+    const char* Tagfile;
+    const char* Description;
+    const char* SourcePath;
+    const char* SourceFile;
     DWORD Flags;
 } SOURCE_MEDIA_A, *PSOURCE_MEDIA_A;
 
 /* setupapi.h: the callback of a file queue. Param1 and Param2 depend on the notification. */
-typedef UINT(CALLBACK *PSP_FILE_CALLBACK_A)(PVOID Context, UINT Notification, UINT_PTR Param1, UINT_PTR Param2);
+typedef UINT(CALLBACK* PSP_FILE_CALLBACK_A)(PVOID Context, UINT Notification, UINT_PTR Param1, UINT_PTR Param2);
 
 #ifdef __cplusplus
 }

@@ -28,7 +28,9 @@ extern const PlatformTable* currentPlatform;
 }
 
 /// The current table. Set from the start, and never null.
-inline const PlatformTable& Platform() { return *detail::currentPlatform; }
+inline const PlatformTable& Platform() {
+    return *detail::currentPlatform;
+}
 
 /// Makes a table current for the whole process. It must outlive its use.
 /// @return the table that was current before.

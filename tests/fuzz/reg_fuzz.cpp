@@ -1,4 +1,5 @@
-// .reg text: any text is taken or refused whole, and what was taken comes out the same when it is written and read again.
+// .reg text: any text is taken or refused whole, and what was taken comes out the same when it is written and read
+// again.
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>

@@ -24,9 +24,9 @@ const std::vector<std::string>& EverySystem();
 
 /// A machine that is current from Start to Stop. For tests that go through several systems.
 class TestMachine {
- public:
-    /// Makes a fresh machine for a system ("xp"), makes it current, forgets what the library knew of the last one, turns
-    /// the log off and clears trace and faults.
+  public:
+    /// Makes a fresh machine for a system ("xp"), makes it current, forgets what the library knew of the last one,
+    /// turns the log off and clears trace and faults.
     explicit TestMachine(std::string_view system = "xp");
     explicit TestMachine(const simulated::SystemDescription& system);
     /// Expects that nothing is open and nothing was misused, and takes the folder away.
@@ -53,7 +53,7 @@ class TestMachine {
     /// Leaves the checks at the end out, for tests that misuse on purpose.
     void AllowOpen() { m_checkAtEnd = false; }
 
- private:
+  private:
     void Start(const simulated::SystemDescription& system);
 
     std::filesystem::path m_folder;
@@ -64,7 +64,7 @@ class TestMachine {
 
 /// Fixture with one xp machine; Start makes another in its place.
 class MachineTest : public ::testing::Test {
- protected:
+  protected:
     explicit MachineTest(std::string_view system = "xp") : m_test(std::make_unique<TestMachine>(system)) {}
     void Start(std::string_view system) {
         m_test.reset();
@@ -73,29 +73,29 @@ class MachineTest : public ::testing::Test {
     TestMachine& Test() { return *m_test; }
     simulated::Machine& Machine() { return **m_test; }
 
- private:
+  private:
     std::unique_ptr<TestMachine> m_test;
 };
 
 /// Fixture for tests that hold on every system: TEST_P with INSTANTIATE_ON_EVERY_SYSTEM.
 class EverySystemTest : public MachineTest, public ::testing::WithParamInterface<std::string> {
- protected:
+  protected:
     EverySystemTest() : MachineTest(GetParam()) {}
 };
 
-#define INSTANTIATE_ON_EVERY_SYSTEM(fixture)                                                                  \
+#define INSTANTIATE_ON_EVERY_SYSTEM(fixture)                                                                 \
     INSTANTIATE_TEST_SUITE_P(Systems, fixture, ::testing::ValuesIn(::pikel::testing_support::EverySystem()), \
-                             [](const auto& info) {                                                           \
-                                 std::string name = info.param;                                               \
-                                 std::erase(name, '-');                                                       \
-                                 return name;                                                                 \
+                             [](const auto& info) {                                                          \
+                                 std::string name = info.param;                                              \
+                                 std::erase(name, '-');                                                      \
+                                 return name;                                                                \
                              })
 
 /// A platform table with some operations replaced, current until the object goes:
 ///     ReplacedOperations replaced;
 ///     replaced.table.GetACP = []() -> UINT { return 932; };
 class ReplacedOperations {
- public:
+  public:
     ReplacedOperations() : table(Platform()), m_before(SetPlatform(table)) {}
     ~ReplacedOperations() { SetPlatform(m_before); }
     ReplacedOperations(const ReplacedOperations&) = delete;
@@ -103,7 +103,7 @@ class ReplacedOperations {
 
     PlatformTable table;
 
- private:
+  private:
     const PlatformTable& m_before;
 };
 

@@ -15,7 +15,9 @@ namespace {
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 
-const PI_KEL_Interface& Table() { return *PI_KEL_GetInterface(PIKEL_INTERFACE_VERSION); }
+const PI_KEL_Interface& Table() {
+    return *PI_KEL_GetInterface(PIKEL_INTERFACE_VERSION);
+}
 
 constexpr char kIniPath[] = "C:\\Program Files\\pikel\\UtilDbg.ini";
 constexpr char kLogPath[] = "C:\\Program Files\\pikel\\UtilDbg.txt";
@@ -24,7 +26,10 @@ struct SlotCase {
     const char* name;
     std::size_t offset;
 };
-#define SLOT_CASE(operation) SlotCase{#operation, offsetof(PI_KEL_Interface, operation)}
+#define SLOT_CASE(operation)                              \
+    SlotCase {                                            \
+#operation, offsetof(PI_KEL_Interface, operation) \
+    }
 
 /// The slots in their order, as installers know them.
 const std::vector<SlotCase> kSlots = {
@@ -74,7 +79,7 @@ const std::vector<SlotCase> kSlots = {
 };
 
 class TableTest : public MachineTest {
- protected:
+  protected:
     TableTest() { SetAttachedModule(simulated::LibraryModule()); }
     ~TableTest() override {
         SetAttachedModule(nullptr);
@@ -106,7 +111,7 @@ class TableTest : public MachineTest {
         return messages;
     }
 
- private:
+  private:
     int m_initialized = 0;
 };
 
@@ -202,9 +207,9 @@ TEST_F(TableTest, AStatusSlotLogsStartEndAndABlankLine) {
 TEST_F(TableTest, SetEffectiveDevModeCarriesItsArgumentInTheStartLine) {
     Test().TurnLogOn(1);
     EXPECT_EQ(Table().PI_KEL_SetEffectiveDevMode(7), 0u);
-    EXPECT_THAT(Test().TakeLog(), ElementsAre("PI_KEL_SetEffectiveDevMode( 7 ) Start",
-                                              "DoSetEffectiveDevMode( 7 ) Start", "DoSetEffectiveDevMode End(0)",
-                                              "PI_KEL_SetEffectiveDevMode End:(0x00000000)", ""));
+    EXPECT_THAT(Test().TakeLog(),
+                ElementsAre("PI_KEL_SetEffectiveDevMode( 7 ) Start", "DoSetEffectiveDevMode( 7 ) Start",
+                            "DoSetEffectiveDevMode End(0)", "PI_KEL_SetEffectiveDevMode End:(0x00000000)", ""));
     EXPECT_EQ(Table().PI_KEL_SetEffectiveDevMode(1), 0u);
 }
 
@@ -216,11 +221,11 @@ Result CallWithZeros(Result(WINAPI* operation)(Parameters...)) {
 
 TEST_F(TableTest, ASlotWithoutWorkerSaysSo) {
     Test().TurnLogOn(1);
-#define UNSERVED_STATUS(operation, startName, prefix)                            \
+#define UNSERVED_STATUS(operation, startName, prefix)                           \
     EXPECT_EQ(CallWithZeros(Table().operation), (prefix | 120u)) << #operation; \
     EXPECT_EQ(Test().TakeLog()[0], startName " Start");
-#define UNSERVED_VALUE(operation)                                            \
-    EXPECT_EQ(CallWithZeros(Table().operation), 120u) << #operation;         \
+#define UNSERVED_VALUE(operation)                                    \
+    EXPECT_EQ(CallWithZeros(Table().operation), 120u) << #operation; \
     EXPECT_THAT(Test().TakeLog(), ElementsAre(#operation " Start", #operation " End:(120)", ""));
 #include "frame/unserved.def"
 }

@@ -15,9 +15,9 @@
 #include <stdio.h>
 #include <stdlib.h>
 
-static void ShowDrivers(const char *wanted) {
+static void ShowDrivers(const char* wanted) {
     DWORD needed = 0, count = 0, i;
-    DRIVER_INFO_3A *drivers;
+    DRIVER_INFO_3A* drivers;
     EnumPrinterDriversA(NULL, NULL, 3, NULL, 0, &needed, &count);
     drivers = calloc(1, needed + 1);
     if (drivers != NULL && EnumPrinterDriversA(NULL, NULL, 3, (LPBYTE)drivers, needed, &needed, &count)) {
@@ -32,7 +32,7 @@ static void ShowDrivers(const char *wanted) {
 
 static void ShowMonitors(void) {
     DWORD needed = 0, count = 0, i;
-    MONITOR_INFO_2A *monitors;
+    MONITOR_INFO_2A* monitors;
     EnumMonitorsA(NULL, 2, NULL, 0, &needed, &count);
     monitors = calloc(1, needed + 1);
     if (monitors != NULL && EnumMonitorsA(NULL, 2, (LPBYTE)monitors, needed, &needed, &count)) {
@@ -43,9 +43,9 @@ static void ShowMonitors(void) {
     free(monitors);
 }
 
-static void ShowPrinters(const char *wanted) {
+static void ShowPrinters(const char* wanted) {
     DWORD needed = 0, count = 0, i;
-    PRINTER_INFO_2A *printers;
+    PRINTER_INFO_2A* printers;
     EnumPrintersA(PRINTER_ENUM_LOCAL, NULL, 2, NULL, 0, &needed, &count);
     printers = calloc(1, needed + 1);
     if (printers != NULL && EnumPrintersA(PRINTER_ENUM_LOCAL, NULL, 2, (LPBYTE)printers, needed, &needed, &count)) {
@@ -59,7 +59,7 @@ static void ShowPrinters(const char *wanted) {
     free(printers);
 }
 
-int main(int argc, char **argv) {
+int main(int argc, char** argv) {
     char name[260] = "";
     DWORD size = sizeof name;
     if (argc != 3) {

@@ -22,8 +22,8 @@ std::size_t CallCount();
 /// Fails the nth call (from 1) of those that can fail, and with `persistent` every one from then on.
 void FailNth(std::size_t nth, DWORD code, bool persistent = false);
 
-/// Fails the nth call (from 1, counted from now) of one operation, and with `persistent` every one from then on. Several
-/// may be set.
+/// Fails the nth call (from 1, counted from now) of one operation, and with `persistent` every one from then on.
+/// Several may be set.
 void FailCall(std::string_view name, std::size_t nth, DWORD code, bool persistent = false);
 
 /// Name of the operation that failed last; empty when none did.

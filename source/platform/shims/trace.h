@@ -26,8 +26,8 @@ struct Call {
 
 using Sink = std::function<void(const Call&)>;
 
-/// The tracing table over `inner`. GetLastError, SetLastError and the heap calls are passed on without a trace: they would
-/// drown the rest.
+/// The tracing table over `inner`. GetLastError, SetLastError and the heap calls are passed on without a trace: they
+/// would drown the rest.
 const PlatformTable& Over(const PlatformTable& inner, Sink sink);
 
 }  // namespace pikel::trace

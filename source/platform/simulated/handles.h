@@ -26,7 +26,7 @@ enum class HandleKind {
 };
 
 class Handles {
- public:
+  public:
     /// Makes a handle for an object. Values are small multiples of 4 and are never used twice.
     /// @param description  what a report says of it, such as the path
     void* Open(HandleKind kind, std::shared_ptr<void> object, std::string description);
@@ -48,7 +48,7 @@ class Handles {
     const std::vector<std::string>& Misuses() const { return m_misuses; }
     void NoteMisuse(std::string text) { m_misuses.push_back(std::move(text)); }
 
- private:
+  private:
     struct Entry {
         HandleKind kind;
         std::shared_ptr<void> object;

@@ -11,7 +11,7 @@ namespace pikel::simulated {
 enum class BlockKind { Heap, Local, Bstr };
 
 class Heap {
- public:
+  public:
     Heap();
     ~Heap();
     Heap(const Heap&) = delete;
@@ -34,7 +34,7 @@ class Heap {
     void StopFailing();
     const std::vector<std::string>& Misuses() const;
 
- private:
+  private:
     struct State;
     State* m_state;
 };

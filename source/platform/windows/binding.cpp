@@ -1,7 +1,6 @@
 // Binds the operations to Windows. An operation that the system's headers don't declare is a compile error here.
 #include "platform/native_table.h"
 
-
 namespace pikel {
 
 constinit const PlatformTable kNativeTable = {
