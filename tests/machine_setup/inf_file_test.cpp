@@ -5,14 +5,16 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <chrono>
 #include <string>
 #include <vector>
 
+#include "platform/inf_cases.h"
 #include "platform/simulated/text.h"
 
 namespace pikel::simulated {
 namespace {
+
+using namespace contract;
 
 using namespace std::string_literals;
 using ::testing::ElementsAre;
@@ -51,87 +53,21 @@ std::vector<std::string> ShowSection(InfFile& file, std::string_view name) {
 
 // ---- lines ----------------------------------------------------------------------------------------------------------
 
-struct LineCase {
-    const char* name;
-    const char* text;  ///< lines of section [A]; behind it stands [Strings]
-    std::vector<std::string> lines;
-};
-
-class InfLines : public ::testing::TestWithParam<LineCase> {};
+class InfLines : public ::testing::TestWithParam<InfLineCase> {};
 
 TEST_P(InfLines, AreTakenApartAsTheSetupApiDoes) {
-    const std::string strings =
-        "[Strings]\nx=val\ny=\"va,l2\"\nz=\"%x% z\"\nr=%r%\ne=\n\"q k\"=quoted key\nCase=CASE\n"
-        "m=a,b\npc=\"50%\"\npp=\"100%%\"\nnokey\n9=nine\nx=again\n";
-    std::unique_ptr<InfFile> file = Parse("[A]\n" + std::string(GetParam().text) + strings);
+    std::unique_ptr<InfFile> file = Parse("[A]\n" + std::string(GetParam().text) + kInfStrings);
     EXPECT_EQ(ShowSection(*file, "A"), GetParam().lines);
     // The same with the other line ends.
     std::string windows;
-    for (char character : "[A]\n" + std::string(GetParam().text) + strings) {
+    for (char character : "[A]\n" + std::string(GetParam().text) + kInfStrings) {
         windows += character == '\n' ? "\r\n" : std::string(1, character);
     }
     file = Parse(windows);
     EXPECT_EQ(ShowSection(*file, "a"), GetParam().lines);
 }
 
-const LineCase kLineCases[] = {
-    {"AKeyAndAValue", "k=v\n", {"<k> [v]"}},
-    {"BlanksAroundAreTrimmed", "  key one  =  val one  ,\ttwo\t \n", {"<key one> [val one] [two]"}},
-    {"BlanksInsideStay", "a b  c = d  e , f\tg\n", {"<a b  c> [d  e] [f\tg]"}},
-    {"OtherBlanks", "\v\fk=1\v,2\f\n\xA0k\xA0=\xA0v\xA0\n", {"<k> [1] [2]", "<k> [v]"}},
-    {"AnEmptyValueIsOneEmptyField", "k=\nk2 =\n", {"<k> []", "<k2> []"}},
-    {"AnEmptyKeyIsAKey", "=v\n=\n", {"<> [v]", "<> []"}},
-    {"OneValueIsItsOwnKey", "only\n", {"<only> [only]"}},
-    {"SeveralValuesWithoutAnEqualsSignHaveNoKey", "a,b\nx,\n,x\n,\n", {"- [a] [b]", "- [x] []", "- [] [x]", "- [] []"}},
-    {"EmptyFieldsAtTheEndStay", "k=a,b,,\n", {"<k> [a] [b] [] []"}},
-    {"OnlyTheFirstEqualsSignCounts", "a=b=c\na=b,c=d\n", {"<a> [b=c]", "<a> [b] [c=d]"}},
-    {"AnEqualsSignBehindACommaIsText", "a,b=c\na,b=c,d\n", {"- [a] [b=c]", "- [a] [b=c] [d]"}},
-    {"QuotesGoAway", "k=\"a,b;c=d\"\n\"key = q\"=v\n", {"<k> [a,b;c=d]", "<key = q> [v]"}},
-    {"DoubledQuotesAreOne", "k=\"a \"\"b\"\" c\"\nk=\"\"\"\"\n", {"<k> [a \"b\" c]", "<k> [\"]"}},
-    {"QuotesMayStandInsideAField", "k=x\"a,b\"y\n\"ab\"cd\"ef\"=1\n", {"<k> [xa,by]", "<abcdef> [1]"}},
-    {"QuotedBlanksStay", "k=\"  sp  \" , a\" \"\nk=\"  sp  \"  x\n", {"<k> [  sp  ] [a ]", "<k> [  sp    x]"}},
-    {"EmptyQuotesAreAnEmptyField", "k=\"\"\n\"\"=x\n\"\"\nk=\"\",\"\"\n", {"<k> []", "<> [x]", "<> []", "<k> [] []"}},
-    {"AnOpenQuoteEndsWithTheLine",
-     "k=\"open\nb=1\nr=\"x   \ns=\"y ; z\nq=\"a\"\"\n\"key\n",
-     {"<k> [open]", "<b> [1]", "<r> [x   ]", "<s> [y ; z]", "<q> [a\"]", "<key> [key]"}},
-    {"CommentsGoAway", "k=v;comment\n;c\n  ;c2\nk=\";no\" ; yes\nkk;c=v\n", {"<k> [v]", "<k> [;no]", "<kk> [kk]"}},
-    {"ABackslashContinues",
-     "k=a\\\nb\nk=a \\\n   b, c\\  \n  d\nk=a,\\\n  b\nk=a\\\n,b\n",
-     {"<k> [ab]", "<k> [ab] [cd]", "<k> [a] [b]", "<k> [a] [b]"}},
-    {"AKeyMayBeContinued", "key\\\n=v\nkey\\\nrest=v\nk\\\n\n", {"<key> [v]", "<keyrest> [v]", "<k> [k]"}},
-    {"ABackslashInsideIsText",
-     "k=c:\\a\\\\b\\\\\\c,\\\\srv\\s\nm\\ x\nk=a\\,b\nk=a\\=b\nk=\\x\n",
-     {"<k> [c:\\a\\\\b\\\\\\c] [\\\\srv\\s]", "<m\\ x> [m\\ x]", "<k> [a\\] [b]", "<k> [a\\=b]", "<k> [\\x]"}},
-    {"BlanksBehindAnInnerBackslashBelongToTheText", "k=a \\  , b\nx \\ =y\n", {"<k> [a \\  ] [b]", "<x \\ > [y]"}},
-    {"AllBackslashesAtTheEndContinue", "k=a\\\\\\\nb\nk=c:\\dir\\\nx\n", {"<k> [ab]", "<k> [c:\\dirx]"}},
-    {"ABackslashInQuotesDoesNotContinue", "k=\"a\\\nb=c\nk=\"a\\\"\n", {"<k> [a\\]", "<b> [c]", "<k> [a\\]"}},
-    {"ABackslashBehindQuotesContinues", "k=\"a\"\\\n\"b,c\"\nk=\"a \"\\\n  b\n", {"<k> [ab,c]", "<k> [a b]"}},
-    {"ABackslashInFrontOfACommentContinues", "q=y\\ ;comment\n  more\nx\\;c\n=z\n", {"<q> [ymore]", "<x> [z]"}},
-    {"ACommentLineEndsAContinuation", "k=a\\\n;comment\nb=1\n", {"<k> [a]", "<b> [1]"}},
-    {"ACommentIsNotContinued", "; com \\\nk=2\nk=3;c \\\nb=4\n", {"<k> [2]", "<k> [3]", "<b> [4]"}},
-    {"AnEmptyLineEndsAContinuation", "k=v\\\n\nz=1\nk=\\\n\nk,\\\n\n", {"<k> [v]", "<z> [1]", "<k> []", "- [k] []"}},
-    {"ABackslashAloneMakesAnEmptyLine", "\\\n\nz=1\n\\\nk=v\n\\ ;c\nz=3\n", {"<> []", "<z> [1]", "<k> [v]", "<z> [3]"}},
-    {"AContinuedHeaderIsText", "k=\\\n[B]\nz=1\n", {"<k> [[B]]", "<z> [1]"}},
-    {"AClosingBracketIsText", "]\n\"[B]\"\n", {"<]> []]", "<[B]> [[B]]"}},
-    {"StringsAreReplaced", "k=%x%\nk=%x%%y%\n%x%=%y%,%z%\n", {"<k> [val]", "<k> [valva,l2]", "<val> [va,l2] [%x% z]"}},
-    {"StringsMatchWithoutRegardToCase", "k=%CASE%,%case%,%Q K%\n", {"<k> [CASE] [CASE] [quoted key]"}},
-    {"StringsAreNotReplacedInStrings", "k=%r%,%pc%,%pp%\n", {"<k> [%r%] [50%] [100%%]"}},
-    {"OnlyAStringsFirstFieldCounts", "k=%m%\n", {"<k> [a]"}},
-    {"TheFirstOfTwoStringsCounts", "k=%X%\n", {"<k> [val]"}},
-    {"UnknownStringsStay", "k=%none%,%none%x%,50% of %x%\n", {"<k> [%none%] [%none%x%] [50% of %x%]"}},
-    {"TwoPercentSignsAreOne", "k=%%,%%x%%,%%%x%%%,%%%%\n", {"<k> [%] [%x%] [%val%] [%%]"}},
-    {"LonePercentSignsStay", "k=50%,%x%%,%\n", {"<k> [50%] [val%] [%]"}},
-    {"BlanksInAStringsNameCount", "k=%x %,% x%\n", {"<k> [%x %] [% x%]"}},
-    {"StringsAreReplacedInQuotesAndAroundThem",
-     "k=\"%x%\"\nk=\"a%x%b\"c%x%\nk=%\"x\"%\n\"%x%\"=1\nk=a%x\\\n%b\n",
-     {"<k> [val]", "<k> [avalbcval]", "<k> [val]", "<val> [1]", "<k> [avalb]"}},
-    {"ACommaPartsFieldsAlsoInAStringsName", "k=%x,y%\n", {"<k> [%x] [y%]"}},
-    {"ALineMayBeAString", "%x%\n%x%,b\n%e%=1\n", {"<val> [val]", "- [val] [b]", "<> [1]"}},
-    {"AStringWithoutAnEqualsSignIsItself", "k=%nokey%\n", {"<k> [nokey]"}},
-    {"AStringMayBeNamedByANumber", "k=%9%,%10%\n", {"<k> [nine] [%10%]"}},
-};
-
-INSTANTIATE_TEST_SUITE_P(Cases, InfLines, ::testing::ValuesIn(kLineCases),
+INSTANTIATE_TEST_SUITE_P(Cases, InfLines, ::testing::ValuesIn(kInfLineCases),
                          [](const auto& info) { return std::string(info.param.name); });
 
 TEST(InfText, ACarriageReturnInALineIsABlankOfItsMiddle) {
@@ -213,37 +149,14 @@ TEST(InfSections, LettersOfTheCodePageFoldToo) {
     EXPECT_EQ(file->FindLine(0, "\xE5"), std::nullopt);
 }
 
-struct HeaderCase {
-    const char* name;
-    const char* text;
-    const char* section;
-    std::vector<std::string> lines;
-};
-
-class InfHeaders : public ::testing::TestWithParam<HeaderCase> {};
+class InfHeaders : public ::testing::TestWithParam<InfHeaderCase> {};
 
 TEST_P(InfHeaders, NameTheirSectionsUpToTheFirstBracket) {
     std::unique_ptr<InfFile> file = Parse(std::string("[First]\nf=1\n") + GetParam().text);
     EXPECT_EQ(ShowSection(*file, GetParam().section), GetParam().lines);
 }
 
-const HeaderCase kHeaderCases[] = {
-    {"BlanksInFront", " \t[A] \nk=v\n", "A", {"<k> [v]"}},
-    {"TextBehind", "[A] junk=x\nk=v\n", "A", {"<k> [v]"}},
-    {"ABackslashBehindDoesNotContinue", "[A] \\\nk=v\n", "A", {"<k> [v]"}},
-    {"ASecondHeaderOnTheLine", "[A][B]\nk=v\n", "B", {"no section"}},
-    {"BlanksInsideBelongToTheName", "[ A ]\nk=v\n", " A ", {"<k> [v]"}},
-    {"NamesAreNotTrimmed", "[ A ]\nk=v\n", "A", {"no section"}},
-    {"QuotesBelongToTheName", "[\"A\"]\nk=v\n", "\"A\"", {"<k> [v]"}},
-    {"NothingIsReplacedInAName", "[%A%]\nk=v\n[Strings]\nA=B\n", "%A%", {"<k> [v]"}},
-    {"ASemicolonBelongsToTheName", "[a;b]\nk=v\n", "a;b", {"<k> [v]"}},
-    {"AnOpeningBracketBelongsToTheName", "[[A]\nk=v\n", "[A", {"<k> [v]"}},
-    {"TheFirstClosingBracketEndsTheName", "[A]]\nk=v\n", "A", {"<k> [v]"}},
-    {"AnEmptyName", "[]\nk=v\n", "", {"<k> [v]"}},
-    {"AnEmptySection", "[A]\n[B]\nk=v\n", "A", {}},
-};
-
-INSTANTIATE_TEST_SUITE_P(Cases, InfHeaders, ::testing::ValuesIn(kHeaderCases),
+INSTANTIATE_TEST_SUITE_P(Cases, InfHeaders, ::testing::ValuesIn(kInfHeaderCases),
                          [](const auto& info) { return std::string(info.param.name); });
 
 // ---- keys -----------------------------------------------------------------------------------------------------------
@@ -282,14 +195,7 @@ TEST(InfText, ValueGivesFieldOneOfAKey) {
 
 // ---- errors ---------------------------------------------------------------------------------------------------------
 
-struct ErrorCase {
-    const char* name;
-    std::string text;
-    DWORD code;
-    UINT line;
-};
-
-class InfErrors : public ::testing::TestWithParam<ErrorCase> {};
+class InfErrors : public ::testing::TestWithParam<InfErrorCase> {};
 
 TEST_P(InfErrors, NameTheCodeAndTheLine) {
     InfFile::Error error;
@@ -298,33 +204,7 @@ TEST_P(InfErrors, NameTheCodeAndTheLine) {
     EXPECT_EQ(error.line, GetParam().line);
 }
 
-std::string EveryByte() {
-    std::string bytes;
-    for (int byte = 0; byte < 256; ++byte) {
-        bytes += static_cast<char>(byte);
-    }
-    return bytes + bytes;
-}
-
-const ErrorCase kErrorCases[] = {
-    {"NoBytes", "", ERROR_FILE_INVALID, 0},
-    {"TextInFront", "text\n[A]\n", ERROR_EXPECTED_SECTION_NAME, 1},
-    {"AKeyInFront", "; comment\n\n k=v\n[A]\n", ERROR_EXPECTED_SECTION_NAME, 3},
-    {"ABackslashInFront", "\\\n[A]\n", ERROR_EXPECTED_SECTION_NAME, 1},
-    {"ACommaInFront", ",\n[A]\n", ERROR_EXPECTED_SECTION_NAME, 1},
-    {"AnOpenHeader", "[A]\nk=v\n[B\nk=v\n", ERROR_BAD_SECTION_NAME_LINE, 3},
-    {"AnOpenHeaderBehindAContinuedLine", "[A]\nk=v\\\nw\n[B\n", ERROR_BAD_SECTION_NAME_LINE, 4},
-    {"AnOpenHeaderAtTheEnd", "[A]\n[B", ERROR_BAD_SECTION_NAME_LINE, 2},
-    {"AContinuedHeader", "[A\\\n]\n", ERROR_BAD_SECTION_NAME_LINE, 1},
-    {"ControlZInAHeader", "[A\x1A]\n", ERROR_BAD_SECTION_NAME_LINE, 1},
-    {"ANameThatIsTooLong", "[" + std::string(256, 's') + "]\n", ERROR_SECTION_NAME_TOO_LONG, 1},
-    {"Nuls", std::string(4, '\0'), ERROR_EXPECTED_SECTION_NAME, 1},
-    {"EveryByte", EveryByte(), ERROR_EXPECTED_SECTION_NAME, 1},
-    {"AProgram", "MZ\x90\0\3\0\0\0"s, ERROR_EXPECTED_SECTION_NAME, 1},
-    {"Utf16WithHalfACharacter", "\xFF\xFE[\0A\0]\0x"s, ERROR_EXPECTED_SECTION_NAME, 1},
-};
-
-INSTANTIATE_TEST_SUITE_P(Cases, InfErrors, ::testing::ValuesIn(kErrorCases),
+INSTANTIATE_TEST_SUITE_P(Cases, InfErrors, ::testing::ValuesIn(kInfErrorCases),
                          [](const auto& info) { return std::string(info.param.name); });
 
 TEST(InfSections, ANameMayHave255Bytes) {
@@ -396,91 +276,67 @@ TEST(InfEncodings, ALeadByteAtTheEndIsHarmless) {
 
 // ---- size -----------------------------------------------------------------------------------------------------------
 
-/// Seconds that a piece of work takes.
-template <class Work>
-double Seconds(Work work) {
-    const auto start = std::chrono::steady_clock::now();
-    work();
-    return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
-}
+// Nothing here is timed; a step that isn't linear makes these tests stand out.
 
-/// Each would take minutes if it weren't linear.
-constexpr double kSoon = 20;
-
-TEST(InfSize, ManyDuplicateSectionsAreLinear) {
+TEST(InfSize, ManyDuplicateSectionsAreFound) {
     std::string text;
     for (int count = 0; count < 50000; ++count) {
         text += "[Same]\nk" + std::to_string(count) + "=1\n";
     }
-    EXPECT_LT(Seconds([&] {
-                  std::unique_ptr<InfFile> file = Parse(text);
-                  EXPECT_EQ(file->LineCount(0), 50000u);
-                  for (int count = 0; count < 50000; count += 1) {
-                      EXPECT_EQ(file->FindLine(0, "k" + std::to_string(count)), static_cast<UINT>(count));
-                  }
-              }),
-              kSoon);
+    std::unique_ptr<InfFile> file = Parse(text);
+    EXPECT_EQ(file->LineCount(0), 50000u);
+    for (int count = 0; count < 50000; count += 1) {
+        EXPECT_EQ(file->FindLine(0, "k" + std::to_string(count)), static_cast<UINT>(count));
+    }
 }
 
-TEST(InfSize, ManySectionsAreLinear) {
+TEST(InfSize, ManySectionsAreFound) {
     std::string text;
     for (int count = 0; count < 50000; ++count) {
         text += "[Section" + std::to_string(count) + "]\nk=1\n";
     }
-    EXPECT_LT(Seconds([&] {
-                  std::unique_ptr<InfFile> file = Parse(text);
-                  for (int count = 0; count < 50000; ++count) {
-                      EXPECT_EQ(file->Value("SECTION" + std::to_string(count), "k"), "1");
-                  }
-              }),
-              kSoon);
+    std::unique_ptr<InfFile> file = Parse(text);
+    for (int count = 0; count < 50000; ++count) {
+        EXPECT_EQ(file->Value("SECTION" + std::to_string(count), "k"), "1");
+    }
 }
 
-TEST(InfSize, ManyFieldsOfOneLineAreLinear) {
+TEST(InfSize, ManyFieldsOfOneLineAreRead) {
     std::string text = "[A]\nk=";
     for (int count = 0; count < 200000; ++count) {
         text += "field,";
     }
-    EXPECT_LT(Seconds([&] {
-                  std::unique_ptr<InfFile> file = Parse(text);
-                  for (UINT index = 1; index <= 200000; ++index) {
-                      EXPECT_EQ(file->Field(0, 0, index), "field");
-                  }
-                  EXPECT_EQ(file->FieldCount(0, 0), 200001u);
-              }),
-              kSoon);
+    std::unique_ptr<InfFile> file = Parse(text);
+    for (UINT index = 1; index <= 200000; ++index) {
+        EXPECT_EQ(file->Field(0, 0, index), "field");
+    }
+    EXPECT_EQ(file->FieldCount(0, 0), 200001u);
 }
 
-TEST(InfSize, ManyStringsAreLinear) {
+TEST(InfSize, ManyStringsAreFound) {
     std::string text = "[A]\n";
     std::string strings = "[Strings]\n";
     for (int count = 0; count < 100000; ++count) {
         text += "%s" + std::to_string(count) + "%=1\n";
         strings += "s" + std::to_string(count) + "=\"value " + std::to_string(count) + "\"\n";
     }
-    EXPECT_LT(Seconds([&] {
-                  std::unique_ptr<InfFile> file = Parse(text + strings);
-                  EXPECT_EQ(file->FindLine(0, "VALUE 99999"), 99999u);
-                  EXPECT_EQ(file->FindLine(0, "value 0"), 0u);
-              }),
-              kSoon);
+    std::unique_ptr<InfFile> file = Parse(text + strings);
+    EXPECT_EQ(file->FindLine(0, "VALUE 99999"), 99999u);
+    EXPECT_EQ(file->FindLine(0, "value 0"), 0u);
 }
 
-TEST(InfSize, DeepContinuationIsLinear) {
+TEST(InfSize, DeepContinuationIsRead) {
     std::string text = "[A]\nk=";
     for (int count = 0; count < 200000; ++count) {
         text += "a\\\n";
     }
     text += "end\n" + std::string(1 << 20, '\\') + "\n" + std::string(1 << 20, '"') + "\n" + std::string(1 << 20, '%') +
             "\n";
-    EXPECT_LT(Seconds([&] {
-                  std::unique_ptr<InfFile> file = Parse(text);
-                  EXPECT_EQ(file->Field(0, 0, 1)->size(), 200003u);
-                  EXPECT_EQ(file->LineCount(0), 3u);
-                  // The line of backslashes goes on in the quotes; a pair of quotes inside a quote is one.
-                  EXPECT_EQ(file->Field(0, 1, 0)->size(), (1u << 19) - 1);
-              }),
-              kSoon);
+    std::unique_ptr<InfFile> file = Parse(text);
+    EXPECT_EQ(file->Field(0, 0, 1)->size(), 200003u);
+    EXPECT_EQ(file->LineCount(0), 3u);
+    // The line of backslashes goes on in the quotes; a pair of quotes inside a quote is one.
+    EXPECT_EQ(file->Field(0, 1, 0)->size(), (1u << 19) - 1);
 }
 
 }  // namespace

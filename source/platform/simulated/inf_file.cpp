@@ -130,13 +130,14 @@ InfFile::Error InfFile::ReadHeader(std::string_view line, std::size_t begin) {
 void InfFile::OpenSection(std::string_view name, std::size_t begin) {
     const auto chunk = static_cast<std::uint32_t>(m_chunks.size());
     m_chunks.push_back({begin, begin, 0});
-    if (const std::optional<UINT> known = FindSection(name)) {
+    const std::uint32_t hash = m_characters.Hash(name);
+    if (const std::optional<UINT> known = FindSection(name, hash)) {
         Section& section = m_sections[*known];
         m_chunks[section.lastChunk].next = chunk;
         section.lastChunk = chunk;
         return;
     }
-    m_sectionNames.Add(m_characters.Hash(name), static_cast<std::uint32_t>(m_sections.size()));
+    m_sectionNames.Add(hash, static_cast<std::uint32_t>(m_sections.size()));
     Section& section = m_sections.emplace_back();
     section.name = name;
     section.firstChunk = section.lastChunk = chunk;
@@ -176,16 +177,20 @@ std::string_view InfFile::WholeLine(std::string_view first, std::size_t& at, UIN
 // ---- sections and lines ---------------------------------------------------------------------------------------------
 
 std::optional<UINT> InfFile::FindSection(std::string_view name) const {
-    return m_sectionNames.Find(m_characters.Hash(name),
+    return FindSection(name, m_characters.Hash(name));
+}
+
+std::optional<UINT> InfFile::FindSection(std::string_view name, std::uint32_t hash) const {
+    return m_sectionNames.Find(hash,
                                [&](std::uint32_t number) { return m_characters.Equal(m_sections[number].name, name); });
 }
 
-const std::vector<std::string_view>& InfFile::Lines(UINT number) {
+InfFile::Content& InfFile::ContentOf(UINT number) {
     Section& section = m_sections[number];
-    if (section.isRead) {
-        return section.lines;
+    if (section.content != nullptr) {
+        return *section.content;
     }
-    section.lines.clear();
+    auto content = std::make_unique<Content>();
     std::uint32_t chunk = section.firstChunk;
     do {
         for (std::size_t at = m_chunks[chunk].begin; at < m_chunks[chunk].end;) {
@@ -197,21 +202,21 @@ const std::vector<std::string_view>& InfFile::Lines(UINT number) {
             }
             line.remove_prefix(static_cast<std::size_t>(first - line.data()));
             UINT ignored = 0;
-            section.lines.push_back(WholeLine(line, at, ignored));
+            content->lines.push_back(WholeLine(line, at, ignored));
         }
         chunk = m_chunks[chunk].next;
     } while (chunk != 0);
-    section.isRead = true;
-    return section.lines;
+    section.content = std::move(content);
+    return *section.content;
 }
 
 UINT InfFile::LineCount(UINT section) {
-    return static_cast<UINT>(Lines(section).size());
+    return static_cast<UINT>(ContentOf(section).lines.size());
 }
 
 std::optional<UINT> InfFile::FindLine(UINT number, std::string_view key) {
-    const std::vector<std::string_view>& lines = Lines(number);
-    Section& section = m_sections[number];
+    Content& content = ContentOf(number);
+    const std::vector<std::string_view>& lines = content.lines;
     std::string text;
     auto isLineOf = [&](std::uint32_t line) {
         const std::optional<std::string_view> its = KeyOf(lines[line], text);
@@ -225,33 +230,33 @@ std::optional<UINT> InfFile::FindLine(UINT number, std::string_view key) {
         }
         return std::nullopt;
     }
-    if (section.keys == nullptr) {
-        IndexKeys(section);
+    if (content.keys == nullptr) {
+        IndexKeys(content);
     }
-    return section.keys->Find(m_characters.Hash(key), isLineOf);
+    return content.keys->Find(m_characters.Hash(key), isLineOf);
 }
 
-void InfFile::IndexKeys(Section& section) {
+void InfFile::IndexKeys(Content& content) {
     auto keys = std::make_unique<NameIndex>();
-    keys->Reserve(section.lines.size());
+    keys->Reserve(content.lines.size());
     std::string text;
     std::string other;
-    for (std::uint32_t line = 0; line < section.lines.size(); ++line) {
-        const std::optional<std::string_view> key = KeyOf(section.lines[line], text);
+    for (std::uint32_t line = 0; line < content.lines.size(); ++line) {
+        const std::optional<std::string_view> key = KeyOf(content.lines[line], text);
         if (!key.has_value()) {
             continue;
         }
         const std::uint32_t hash = m_characters.Hash(*key);
         const bool isKnown = keys->Find(hash,
                                         [&](std::uint32_t earlier) {
-                                            return m_characters.Equal(*KeyOf(section.lines[earlier], other), *key);
+                                            return m_characters.Equal(*KeyOf(content.lines[earlier], other), *key);
                                         })
                                  .has_value();
         if (!isKnown) {
             keys->Add(hash, line);
         }
     }
-    section.keys = std::move(keys);
+    content.keys = std::move(keys);
 }
 
 std::optional<std::string_view> InfFile::KeyOf(std::string_view line, std::string& text) {
@@ -265,14 +270,13 @@ std::optional<std::string_view> InfFile::KeyOf(std::string_view line, std::strin
 // ---- fields ---------------------------------------------------------------------------------------------------------
 
 const InfLine& InfFile::TakeApart(UINT section, UINT line) {
-    if (!m_hasLast || m_lastSection != section || m_lastLine != line) {
-        m_hasLast = false;
-        ReadLine(m_characters, Lines(section)[line], m_last);
-        m_lastSection = section;
-        m_lastLine = line;
-        m_hasLast = true;
+    const Place place = {section, line};
+    if (m_last != place) {
+        m_last = {};
+        ReadLine(m_characters, ContentOf(section).lines[line], m_parts);
+        m_last = place;
     }
-    return m_last;
+    return m_parts;
 }
 
 UINT InfFile::FieldCount(UINT section, UINT line) {
@@ -280,13 +284,16 @@ UINT InfFile::FieldCount(UINT section, UINT line) {
 }
 
 std::optional<std::string_view> InfFile::Field(UINT section, UINT line, UINT index) {
-    const InfLine& parts = TakeApart(section, line);
     if (index == 0) {
-        if (parts.keyForm == InfLine::KeyForm::Missing) {
-            return std::nullopt;
+        const Place place = {section, line};
+        if (m_lastKey != place) {
+            m_lastKey = {};
+            m_key = KeyOf(ContentOf(section).lines[line], m_keyText);
+            m_lastKey = place;
         }
-        return ValueOf(parts.key, m_value);
+        return m_key;
     }
+    const InfLine& parts = TakeApart(section, line);
     if (index > parts.values.size()) {
         return std::nullopt;
     }
@@ -401,9 +408,9 @@ void InfFile::ReadStrings(std::string_view section) {
         return;
     }
     InfLine line;
-    for (std::string_view text : Lines(*number)) {
+    for (std::string_view text : ContentOf(*number).lines) {
         ReadLine(m_characters, text, line);
-        if (line.keyForm == InfLine::KeyForm::Missing) {
+        if (!line.hasKey) {
             continue;
         }
         String string;

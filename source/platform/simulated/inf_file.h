@@ -73,15 +73,17 @@ class InfFile {
         std::size_t end = 0;
         std::uint32_t next = 0;  ///< the section's next chunk; 0: none, for chunk 0 follows no other
     };
+    /// What is known of a section once somebody looked at it.
+    struct Content {
+        std::vector<std::string_view> lines;  ///< whole lines with their continuations
+        std::unique_ptr<NameIndex> keys;      ///< first line of each key; null until somebody looks for one
+    };
     struct Section {
         std::string_view name;
         std::uint32_t firstChunk = 0;
         std::uint32_t lastChunk = 0;
-        bool isRead = false;                  ///< `lines` is filled
-        std::vector<std::string_view> lines;  ///< whole lines with their continuations
-        std::unique_ptr<NameIndex> keys;      ///< first line of each key; null until somebody looks for one
+        std::unique_ptr<Content> content;
     };
-
     struct String {
         std::string name;
         std::string value;
@@ -95,8 +97,9 @@ class InfFile {
     std::string_view NextPhysicalLine(std::size_t& at) const;
     std::string_view WholeLine(std::string_view first, std::size_t& at, UINT& count) const;
 
-    const std::vector<std::string_view>& Lines(UINT section);
-    void IndexKeys(Section& section);
+    std::optional<UINT> FindSection(std::string_view name, std::uint32_t hash) const;
+    Content& ContentOf(UINT section);
+    void IndexKeys(Content& content);
     /// The key of a line after substitution; nothing for a line without one. `text` is used when it isn't plain.
     std::optional<std::string_view> KeyOf(std::string_view line, std::string& text);
     const InfLine& TakeApart(UINT section, UINT line);
@@ -119,11 +122,19 @@ class InfFile {
     NameIndex m_stringNames;
     std::string m_directory;
 
-    // The line that was looked at last: fields are mostly read one after the other, and each of them twice.
-    UINT m_lastSection = 0;
-    UINT m_lastLine = 0;
-    bool m_hasLast = false;
-    InfLine m_last;
+    // The line that was looked at last: fields are mostly read one after the other, and each of them twice, for its
+    // size and for its text. Its key has a place of its own, for lists of keys touch nothing else.
+    struct Place {
+        UINT section = 0xffffffff;
+        UINT line = 0xffffffff;
+
+        bool operator==(const Place&) const = default;
+    };
+    Place m_last;
+    InfLine m_parts;
+    Place m_lastKey;
+    std::optional<std::string_view> m_key;
+    std::string m_keyText;
     std::string m_value;
     std::string m_substituted;
     std::string m_lineText;

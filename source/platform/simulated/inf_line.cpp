@@ -162,10 +162,8 @@ void ReadLine(const InfCharacters& characters, std::string_view text, InfLine& l
     line.values.clear();
     FieldReader reader(characters, text);
     line.key = reader.Next(true);
-    if (reader.IsAt('=')) {
-        line.keyForm = InfLine::KeyForm::Own;
-    } else {
-        line.keyForm = reader.IsAtEnd() ? InfLine::KeyForm::Value : InfLine::KeyForm::Missing;
+    line.hasKey = !reader.IsAt(',');
+    if (!reader.IsAt('=')) {
         line.values.push_back(line.key);
     }
     while (!reader.IsAtEnd()) {

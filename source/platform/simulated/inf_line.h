@@ -16,12 +16,9 @@ struct InfField {
 };
 
 struct InfLine {
-    enum class KeyForm {
-        Own,     ///< stands left of an equals sign
-        Value,   ///< the line's one value is its own key
-        Missing  ///< several values and no equals sign
-    };
-    KeyForm keyForm = KeyForm::Missing;
+    /// A line has a key when there is an equals sign behind its first field, or when that is its only one: then the one
+    /// value is its own key.
+    bool hasKey = false;
     InfField key;
     std::vector<InfField> values;  ///< at least one
 };

@@ -48,11 +48,26 @@ class Iconv {
     iconv_t m_descriptor;
 };
 
-wchar_t LowerWide(wchar_t character) {
-    // "C.UTF-8" is built into the C library and knows the letters of every script.
-    static const locale_t locale = newlocale(LC_CTYPE_MASK, "C.UTF-8", nullptr);
-    return locale != nullptr ? static_cast<wchar_t>(towlower_l(static_cast<wint_t>(character), locale)) : character;
-}
+/// The letters of every script. "C.UTF-8" is built into the C library.
+class Letters {
+  public:
+    Letters() : m_locale(newlocale(LC_CTYPE_MASK, "C.UTF-8", nullptr)) {}
+    ~Letters() {
+        if (m_locale != nullptr) {
+            freelocale(m_locale);
+        }
+    }
+    Letters(const Letters&) = delete;
+    Letters& operator=(const Letters&) = delete;
+
+    wchar_t Lower(wchar_t character) const {
+        return m_locale != nullptr ? static_cast<wchar_t>(towlower_l(static_cast<wint_t>(character), m_locale))
+                                   : character;
+    }
+
+  private:
+    locale_t m_locale;
+};
 
 char LowerAsciiByte(char byte) {
     return byte >= 'A' && byte <= 'Z' ? static_cast<char>(byte - 'A' + 'a') : byte;
@@ -184,12 +199,13 @@ void CodePage::Invert(Iconv& fromPage) {
 }
 
 void CodePage::MakeFolding() {
+    const Letters letters;
     for (std::size_t byte = 0; byte < 256; ++byte) {
         lower[byte] = LowerAsciiByte(static_cast<char>(byte));
         if (byte < 0x80 || doubleByte || single[byte] == kNone) {
             continue;
         }
-        const auto folded = static_cast<unsigned long>(LowerWide(static_cast<wchar_t>(single[byte])));
+        const auto folded = static_cast<unsigned long>(letters.Lower(static_cast<wchar_t>(single[byte])));
         if (folded < fromWide.size() && fromWide[folded] != kNone) {
             lower[byte] = static_cast<char>(fromWide[folded]);
         }
