@@ -22,9 +22,11 @@ namespace pikel::cli {
 
 namespace {
 
+#ifndef _WIN32
 bool HasDriveLetter(const std::string& path) {
     return path.size() >= 2 && path[1] == ':';
 }
+#endif
 
 /// dwArchitecture of a system by its version and processor.
 DWORD ArchitectureOf(DWORD platform, DWORD major, DWORD processorType) {

@@ -11,7 +11,12 @@ namespace pikel::trace {
 
 namespace {
 
-Sink g_sink;
+/// Made on first use, because the library's entry turns the trace on before the objects of this file are made, and
+/// never destroyed, because calls go on while the process ends.
+Sink& TheSink() {
+    static Sink& sink = *new Sink;
+    return sink;
+}
 const PlatformTable* g_inner = nullptr;
 
 std::string Hex(std::uint64_t number) {
@@ -120,8 +125,8 @@ struct TracedAs<Tag, Result(WINAPI*)(Parameters...)> {
   private:
     static void Tell(trace::Call& call) {
         call.lastError = g_inner->GetLastError();
-        if (g_sink) {
-            g_sink(call);
+        if (TheSink()) {
+            TheSink()(call);
         }
         g_inner->SetLastError(call.lastError);
     }
@@ -194,7 +199,7 @@ const PlatformTable& Over(const PlatformTable& inner, Sink sink) {
     static PlatformTable table;
     innerCopy = inner;
     g_inner = &innerCopy;
-    g_sink = std::move(sink);
+    TheSink() = std::move(sink);
     table = shims::WrapTable<Traced>(innerCopy);
     table.GetProcAddress = &TracedGetProcAddress;
     table.GetLastError = inner.GetLastError;

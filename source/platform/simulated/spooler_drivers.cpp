@@ -57,6 +57,11 @@ bool HasFolder(std::string_view path) {
     return path.find_first_of("\\/:") != std::string_view::npos;
 }
 
+/// A drive or a leading separator: the path doesn't start at a folder that somebody else chooses.
+bool IsFullPath(std::string_view path) {
+    return path.starts_with('\\') || path.starts_with('/') || path.find(':') != std::string_view::npos;
+}
+
 bool IsLater(const FILETIME& left, const FILETIME& right) {
     return left.dwHighDateTime != right.dwHighDateTime ? left.dwHighDateTime > right.dwHighDateTime
                                                        : left.dwLowDateTime > right.dwLowDateTime;
@@ -147,7 +152,7 @@ DWORD Drivers::Add(const Environment& environment, Driver driver, FileTransfer t
         code = RunTransfers(transfers, transfer);
     }
     if (code == ERROR_SUCCESS) {
-        StripFolders(driver);
+        StripFolders(environment, driver);
         Write(environment, driver);
     }
     return code;
@@ -179,9 +184,14 @@ std::vector<Drivers::Transfer> Drivers::PlanTransfers(const Environment& environ
         if (!seen.insert(FoldCase(codePage, name)).second) {
             continue;
         }
-        // On the 9x family the files are used where they lie, so a folder of the caller's means nothing there.
-        const bool isPath = HasFolder(file) && environment.hasVersionFolders;
-        transfers.push_back({isPath ? file : environment.directory + "\\" + name, folder + "\\" + name});
+        // The 9x family uses the files where they lie: a full path means nothing there, and a name with a folder, as
+        // colour profiles have, starts at the driver directory.
+        if (!environment.hasVersionFolders) {
+            const std::string place = environment.directory + "\\" + (IsFullPath(file) ? name : file);
+            transfers.push_back({place, place});
+            continue;
+        }
+        transfers.push_back({HasFolder(file) ? file : environment.directory + "\\" + name, folder + "\\" + name});
     }
     return transfers;
 }
@@ -229,13 +239,15 @@ DWORD Drivers::RunTransfers(const std::vector<Transfer>& transfers, FileTransfer
     return ERROR_SUCCESS;
 }
 
-void Drivers::StripFolders(Driver& driver) const {
+void Drivers::StripFolders(const Environment& environment, Driver& driver) const {
     const UINT codePage = m_machine.System().codePage;
     for (std::string Driver::*field : kFileFields) {
         driver.*field = std::string(FileName(driver.*field, codePage));
     }
     for (std::string& file : driver.dependentFiles) {
-        file = std::string(FileName(file, codePage));
+        if (environment.hasVersionFolders || IsFullPath(file)) {
+            file = std::string(FileName(file, codePage));
+        }
     }
 }
 

@@ -89,7 +89,7 @@ class Drivers {
     DWORD RunTransfers(const std::vector<Transfer>& transfers, FileTransfer kind);
     /// True when the source's last write lies behind the target's.
     bool IsNewer(std::string_view source, std::string_view target) const;
-    void StripFolders(Driver& driver) const;
+    void StripFolders(const Environment& environment, Driver& driver) const;
 
     Machine& m_machine;
     Environments m_environments;

@@ -15,9 +15,14 @@ DWORD PrinterData::Set(std::string_view key, std::string_view value, DWORD type,
     if (!isKey || value.empty()) {
         return ERROR_INVALID_PARAMETER;
     }
+    // A key whose name is too long can't be made.
     Registry& registry = m_machine.Registry();
+    registry.CreateKey(KeyOf(key));
+    if (!registry.KeyExists(KeyOf(key))) {
+        return ERROR_INVALID_PARAMETER;
+    }
     registry.Set(KeyOf(key), value, type, data);
-    return registry.KeyExists(KeyOf(key)) ? ERROR_SUCCESS : ERROR_INVALID_PARAMETER;
+    return ERROR_SUCCESS;
 }
 
 const RegistryValue* PrinterData::Get(std::string_view key, std::string_view value) const {
