@@ -29,6 +29,7 @@ constexpr WineException kWine[] = {
     {"a plain handle can't write", "has no rights on printers"},
     {"data needs the name of a key", "writes to the printer's own key"},
     {"a driver in use can't be deleted", "deletes it"},
+    {"deleting an unknown driver gives 1797", "fails without a code"},
     {"an unknown shared printer gives 1801", "fails without a code"},
 };
 
@@ -331,8 +332,8 @@ TEST_P(SpoolerContract, DriverGoesWhenNoPrinterUsesIt) {
     const DWORD code = CODE_OF(Platform().DeletePrinterDriverA(nullptr, nullptr, Mutable(name)));
     Holds("a driver in use can't be deleted", code == ERROR_PRINTER_DRIVER_IN_USE);
     name = "Unknown Driver";
-    EXPECT_EQ(CODE_OF(Platform().DeletePrinterDriverA(nullptr, nullptr, Mutable(name))),
-              DWORD{ERROR_UNKNOWN_PRINTER_DRIVER});
+    Holds("deleting an unknown driver gives 1797",
+          CODE_OF(Platform().DeletePrinterDriverA(nullptr, nullptr, Mutable(name))) == ERROR_UNKNOWN_PRINTER_DRIVER);
 }
 
 // ---- monitors and ports ---------------------------------------------------------------------------------------------
