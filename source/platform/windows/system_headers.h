@@ -15,6 +15,7 @@
 #include <winnetwk.h>
 #include <sddl.h>
 #include <icm.h>
+#include <lmerr.h>
 
 #undef GetPrinterData
 #undef SetPrinterData
