@@ -1,66 +1,22 @@
 // The table's operations as an installer calls them: reading an INF's models and one model's record, the whole road
 // from an INF to a default printer on a machine, and a log call while the log is off.
 #include <benchmark/benchmark.h>
-#include <stdlib.h>
 
-#include <filesystem>
 #include <memory>
 #include <string>
 
 #include "frame/log.h"
-#include "frame/os_identity.h"
 #include "frame/pikel.h"
-#include "platform/simulated/machine.h"
+#include "support.h"
 
 namespace pikel {
 namespace {
 
-namespace fs = std::filesystem;
+using benchmarks::FreshMachine;
+using benchmarks::MakeInf;
 
 const PI_KEL_Interface& Table() {
     return *PI_KEL_GetInterface(PIKEL_INTERFACE_VERSION);
-}
-
-/// A fresh xp machine in a temporary folder, current as long as it lives.
-class FreshMachine {
-  public:
-    FreshMachine() {
-        std::string pattern = (fs::temp_directory_path() / "pikel-benchmark-XXXXXX").string();
-        m_folder = mkdtemp(pattern.data());
-        m_machine = simulated::Machine::Create(m_folder / "machine", *simulated::FindSystem("xp"));
-        simulated::Use(m_machine.get());
-        ForgetSystemRecords();
-    }
-    ~FreshMachine() {
-        simulated::Use(nullptr);
-        m_machine.reset();
-        fs::remove_all(m_folder);
-    }
-    simulated::Machine* operator->() { return m_machine.get(); }
-
-  private:
-    fs::path m_folder;
-    std::unique_ptr<simulated::Machine> m_machine;
-};
-
-/// An INF of many models with an install section each.
-std::string MakeInf(std::int64_t models) {
-    std::string text =
-        "[Version]\r\nSignature=\"$Windows NT$\"\r\nClass=Printer\r\nProvider=%Maker%\r\nDriverVer=7/3/2004,1.2.3.4\r\n"
-        "[Manufacturer]\r\n%Maker%=Models\r\n[Models]\r\n";
-    for (std::int64_t model = 0; model < models; ++model) {
-        const std::string number = std::to_string(model);
-        text += "\"Aurora " + number + "\" = Install_" + number + ",USBPRINT\\AURORA_" + number + "\r\n";
-    }
-    for (std::int64_t model = 0; model < models; ++model) {
-        const std::string number = std::to_string(model);
-        text += "[Install_" + number + "]\r\nCopyFiles=@A" + number + ".GPD,Common\r\nDataFile=A" + number +
-                ".GPD\r\nDataSection=Data\r\nRetryTimeout=90\r\n";
-    }
-    return text +
-           "[Data]\r\nDriverFile=AURORA.DLL\r\nConfigFile=AURORAUI.DLL\r\nHelpFile=AURORA.HLP\r\n"
-           "[Common]\r\nAURORA.DLL\r\nAURORAUI.DLL\r\nAURORA.HLP\r\nRES.DLL\r\n"
-           "[DestinationDirs]\r\nDefaultDestDir=66000\r\n[Strings]\r\nMaker=\"Northlight\"\r\n";
 }
 
 constexpr char kInf[] = "C:\\package\\test.inf";
@@ -88,7 +44,7 @@ BENCHMARK(ListThroughTheTable)->Arg(100)->Arg(1000)->Arg(10000)->Arg(50000)->Uni
 void BuildOneRecord(benchmark::State& state) {
     FreshMachine machine;
     machine->Files().Write(kInf, MakeInf(state.range(0)));
-    const std::string model = "Aurora " + std::to_string(state.range(0) / 2);
+    const std::string model = benchmarks::ModelName(state.range(0) / 2);
     for (auto _ : state) {
         DriverAddRecord* record = nullptr;
         if (Table().PI_KEL_GetInfInfo(kInf, model.c_str(), 3, 5, 1, &record) != 0) {
