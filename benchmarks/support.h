@@ -58,12 +58,13 @@ inline std::string MakeInf(std::int64_t models) {
         const std::string number = std::to_string(model);
         text += "\r\n[Install_" + number + "]\r\nCopyFiles=@A" + number +
                 ".GPD,CommonFiles\r\nDataSection=CommonData\r\nDataFile=A" + number +
-                ".GPD\r\n; how long a job waits\r\nRetryTimeout=90\r\n";
+                ".GPD\r\n; what the monitor needs\r\nLanguageMonitor=%Monitor%,AURORAMN.DLL\r\nRetryTimeout=90\r\n";
     }
     return text +
            "\r\n[CommonData]\r\nDriverFile=AURORA.DLL\r\nConfigFile=AURORAUI.DLL\r\nHelpFile=AURORA.HLP\r\n"
            "\r\n[CommonFiles]\r\nAURORA.DLL\r\nAURORAUI.DLL\r\nAURORA.HLP\r\nRES.DLL\r\n"
-           "\r\n[DestinationDirs]\r\nDefaultDestDir=66000\r\n\r\n[Strings]\r\nMaker=\"Nimbus\"\r\n";
+           "\r\n[DestinationDirs]\r\nDefaultDestDir=66000\r\n\r\n[Strings]\r\nMaker=\"Nimbus\"\r\nMonitor=\"Aurora "
+           "Monitor\"\r\n";
 }
 
 }  // namespace pikel::benchmarks

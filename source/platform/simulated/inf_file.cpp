@@ -48,7 +48,25 @@ std::string Decode(std::string&& bytes, UINT codePage) {
 
 // ---- opening --------------------------------------------------------------------------------------------------------
 
-InfFile::InfFile(std::string text, UINT codePage) : m_text(std::move(text)), m_characters(codePage) {}
+InfFile::InfFile(std::string text, UINT codePage)
+    : m_text(std::move(text)), m_characters(codePage), m_hasContinuations(MayContinueLines()) {}
+
+/// False when no line can go on behind its break: behind every backslash stands more text. True may be wrong.
+bool InfFile::MayContinueLines() const {
+    const char* end = m_text.data() + m_text.size();
+    for (const char* at = m_text.data(); at != end; ++at) {
+        const void* found = std::memchr(at, '\\', static_cast<std::size_t>(end - at));
+        if (found == nullptr) {
+            return false;
+        }
+        at = static_cast<const char*>(found);
+        const char* next = at + 1;
+        if (next == end || *next == '\n' || *next == ';' || *next == '\\' || m_characters.IsBlank(*next)) {
+            return true;
+        }
+    }
+    return false;
+}
 
 std::unique_ptr<InfFile> InfFile::Parse(std::string bytes, UINT codePage, Error* error) {
     Error ignored;
@@ -71,11 +89,14 @@ std::unique_ptr<InfFile> InfFile::Parse(std::string bytes, UINT codePage, Error*
 }
 
 InfFile::Error InfFile::FindSections() {
-    UINT count = 0;
     for (std::size_t at = 0; at < m_text.size();) {
         const std::size_t start = at;
+        // Counted for an error alone: from 1, continuations too.
+        const auto lineNumber = [&] {
+            return static_cast<UINT>(
+                std::count(m_text.begin(), m_text.begin() + static_cast<std::ptrdiff_t>(start), '\n') + 1);
+        };
         const std::string_view line = NextPhysicalLine(at);
-        ++count;
         const char* end = line.data() + line.size();
         const char* first = m_characters.SkipBlanks(line.data(), end);
         if (first == end || *first == ';') {
@@ -87,18 +108,42 @@ InfFile::Error InfFile::FindSections() {
             }
             const Error error = ReadHeader(line.substr(static_cast<std::size_t>(first + 1 - line.data())), at);
             if (error.code != 0) {
-                return {error.code, count};
+                return {error.code, lineNumber()};
             }
         } else if (m_sections.empty()) {
-            return {ERROR_EXPECTED_SECTION_NAME, count};
+            return {ERROR_EXPECTED_SECTION_NAME, lineNumber()};
+        } else if (m_hasContinuations) {
+            WholeLine(line, at);
         } else {
-            WholeLine(line, at, count);
+            at = NextHeader(at);
         }
     }
     if (!m_chunks.empty()) {
         m_chunks.back().end = m_text.size();
     }
     return {};
+}
+
+/// The start of the next line that begins with an opening bracket, in a text without continuations.
+/// @param at  the start of a line
+std::size_t InfFile::NextHeader(std::size_t at) const {
+    const char* begin = m_text.data() + at;
+    const char* end = m_text.data() + m_text.size();
+    for (const char* from = begin; from != end; ++from) {
+        const void* found = std::memchr(from, '[', static_cast<std::size_t>(end - from));
+        if (found == nullptr) {
+            break;
+        }
+        from = static_cast<const char*>(found);
+        const char* lineStart = from;
+        while (lineStart != begin && lineStart[-1] != '\n' && m_characters.IsBlank(lineStart[-1])) {
+            --lineStart;
+        }
+        if (lineStart == begin || lineStart[-1] == '\n') {
+            return static_cast<std::size_t>(lineStart - m_text.data());
+        }
+    }
+    return m_text.size();
 }
 
 /// Opens the section that a header names. What stands behind the closing bracket doesn't count.
@@ -163,13 +208,10 @@ std::string_view InfFile::NextPhysicalLine(std::size_t& at) const {
 /// A line with its continuations.
 /// @param first     its first physical line
 /// @param at        behind that; moved behind the last one
-/// @param count     raised by the number of continuations
-std::string_view InfFile::WholeLine(std::string_view first, std::size_t& at, UINT& count) const {
+std::string_view InfFile::WholeLine(std::string_view first, std::size_t& at) const {
     std::string_view last = first;
-    while (at < m_text.size() && std::memchr(last.data(), '\\', last.size()) != nullptr &&
-           IsContinued(m_characters, last)) {
+    while (m_hasContinuations && at < m_text.size() && IsContinued(m_characters, last)) {
         last = NextPhysicalLine(at);
-        ++count;
     }
     return {first.data(), static_cast<std::size_t>(last.data() + last.size() - first.data())};
 }
@@ -201,8 +243,7 @@ InfFile::Content& InfFile::ContentOf(UINT number) {
                 continue;
             }
             line.remove_prefix(static_cast<std::size_t>(first - line.data()));
-            UINT ignored = 0;
-            content->lines.push_back(WholeLine(line, at, ignored));
+            content->lines.push_back(WholeLine(line, at));
         }
         chunk = m_chunks[chunk].next;
     } while (chunk != 0);

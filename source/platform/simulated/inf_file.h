@@ -95,7 +95,9 @@ class InfFile {
     Error ReadHeader(std::string_view line, std::size_t begin);
     void OpenSection(std::string_view name, std::size_t begin);
     std::string_view NextPhysicalLine(std::size_t& at) const;
-    std::string_view WholeLine(std::string_view first, std::size_t& at, UINT& count) const;
+    std::string_view WholeLine(std::string_view first, std::size_t& at) const;
+    std::size_t NextHeader(std::size_t at) const;
+    bool MayContinueLines() const;
 
     std::optional<UINT> FindSection(std::string_view name, std::uint32_t hash) const;
     Content& ContentOf(UINT section);
@@ -112,6 +114,7 @@ class InfFile {
 
     std::string m_text;
     InfCharacters m_characters;
+    bool m_hasContinuations;  ///< some line may go on behind its break
     std::vector<Section> m_sections;
     std::vector<Chunk> m_chunks;
     NameIndex m_sectionNames;

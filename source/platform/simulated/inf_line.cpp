@@ -138,6 +138,11 @@ const char* ReadQuoted(const char* at, const char* end, std::string& text) {
 }  // namespace
 
 bool IsContinued(const InfCharacters& characters, std::string_view line) {
+    // Nearly every line ends in something else than a backslash, and in no comment.
+    if (line.empty() || (line.back() != '\\' && !characters.IsBlank(line.back()) &&
+                         std::memchr(line.data(), ';', line.size()) == nullptr)) {
+        return false;
+    }
     const char* at = line.data();
     const char* end = at + line.size();
     while (at != end) {
