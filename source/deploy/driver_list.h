@@ -20,8 +20,7 @@ DWORD ReadModelKeys(LPCSTR infPath, DWORD dwArchitecture, DWORD dwMajorVersion, 
 /// @param infPath         full path of the INF, active code page. Required.
 /// @param dwArchitecture, dwMajorVersion, dwMinorVersion  as in ReadModelKeys
 /// @param ppList [out]    one heap block: *pdwCount pointers, then the names. The caller frees it. Null when there is
-/// no
-///                        name; filled as well when a read stopped half-way, so it is to be freed on failure too.
+///                        no name; filled as well when a read stopped half-way, so it is to be freed on failure too.
 /// @param pdwCount [out]  number of names
 /// @return 0; 87 for a null argument; 8 without memory; else the code of ReadModelKeys
 DWORD PI_GetDriverListFromInf(LPCSTR infPath, DWORD dwArchitecture, DWORD dwMajorVersion, DWORD dwMinorVersion,

@@ -55,8 +55,7 @@ struct PI_KEL_FreeMemory_Slot {
     static BOOL Run(LPVOID block) { return Platform().HeapFree(Platform().GetProcessHeap(), 0, block); }
 };
 
-// ---- workers that choose a route or keep a text
-// ----------------------------------------------------------------------
+// ---- workers that choose a route or keep a text ---------------------------------------------------------------------
 
 /// Slot 3: the Print UI route where the caller asks for it, else the direct one, for which the record alone counts.
 DWORD AddPrinterDriverByRoute(LPCSTR /*infPath*/, LPCSTR /*modelName*/, DWORD /*driverVersion*/, DWORD /*processor*/,
@@ -82,8 +81,7 @@ DWORD CopyInfDriverFilesKept(LPCSTR lpszInfPath, LPCSTR driverName, PSP_FILE_CAL
                                  dwMinorVersion, ownerWindow, progressWindow);
 }
 
-// ---- slots from 3 on
-// -------------------------------------------------------------------------------------------------
+// ---- slots from 3 on ------------------------------------------------------------------------------------------------
 
 STATUS_SLOT(PI_KEL_AddPrinterDriver, PIKEL_PREFIX_DRIVER_ADD, AddPrinterDriverByRoute)
 STATUS_SLOT(PI_KEL_GetInfInfo, PIKEL_PREFIX_INF_READ, GetInfInfoKept)
