@@ -55,7 +55,10 @@ std::vector<DriverView> ListDrivers() {
         driver.helpFile = Text(info.pHelpFile);
         driver.monitor = Text(info.pMonitorName);
         for (LPCSTR file = info.pDependentFiles; file != nullptr && *file != '\0'; file += std::strlen(file) + 1) {
-            driver.dependentFiles.emplace_back(file);
+            // The 9x family tells names; they start at the folder of the driver itself.
+            const bool isPath = std::strchr(file, ':') != nullptr || *file == '\\';
+            const std::size_t folder = driver.driverPath.rfind('\\') + 1;
+            driver.dependentFiles.push_back(isPath ? file : driver.driverPath.substr(0, folder) + file);
         }
         drivers.push_back(std::move(driver));
     }

@@ -3,6 +3,7 @@
 
 #include <string>
 
+#include "driver/file_use.h"
 #include "frame/log.h"
 #include "frame/os_identity.h"
 #include "frame/text.h"
@@ -54,28 +55,20 @@ bool IsMonitorRegistered(LPCSTR lpszName) {
     return false;
 }
 
-void ClearReadOnly(LPCSTR lpszPath) {
-    // A missing file has attributes of all ones and so reads as read-only; clearing the bit then fails unnoticed.
-    DWORD dwAttributes = Platform().GetFileAttributesA(lpszPath);
-    if ((dwAttributes & FILE_ATTRIBUTE_READONLY) != 0) {
-        Platform().SetFileAttributesA(lpszPath, dwAttributes & ~static_cast<DWORD>(FILE_ATTRIBUTE_READONLY));
-    }
-}
-
 /// True when somebody, as a rule the spooler, holds the DLL. Logs the verdict.
 bool IsMonitorLoaded(LPCSTR lpszPath) {
+    // A missing file reads as read-only; clearing the bit then fails unnoticed.
     ClearReadOnly(lpszPath);
-    FileHandle file(Platform().CreateFileA(lpszPath, GENERIC_READ | GENERIC_WRITE, 0, nullptr, OPEN_EXISTING,
-                                           FILE_ATTRIBUTE_NORMAL, nullptr));
-    if (file) {
-        file.Reset();
-        WriteLog("...Monitor(%s) is not used", lpszPath);
-        return false;
-    }
-    DWORD dwCode = Platform().GetLastError();
-    if (dwCode == ERROR_SHARING_VIOLATION || dwCode == ERROR_LOCK_VIOLATION) {
-        WriteLog("...Monitor(%s) is used", lpszPath);
-        return true;
+    DWORD dwCode = 0;
+    switch (ProbeFileUse(lpszPath, &dwCode)) {
+        case FileUse::Free:
+            WriteLog("...Monitor(%s) is not used", lpszPath);
+            return false;
+        case FileUse::InUse:
+            WriteLog("...Monitor(%s) is used", lpszPath);
+            return true;
+        case FileUse::Unknown:
+            break;
     }
     WriteLog("*** CreateFile(%s): Error(%d) ***", lpszPath, dwCode);
     return false;

@@ -4,6 +4,10 @@
 #include "deploy/driver_list.h"
 #include "deploy/inf_info.h"
 #include "driver/add_printer_driver.h"
+#include "driver/file_use.h"
+#include "driver/hwid_folder.h"
+#include "driver/monitor_file.h"
+#include "frame/file_version.h"
 #include "frame/os_identity.h"
 #include "frame/os_route.h"
 #include "frame/pikel.h"
@@ -81,9 +85,23 @@ DWORD CopyInfDriverFilesKept(LPCSTR lpszInfPath, LPCSTR driverName, PSP_FILE_CAL
                                  dwMinorVersion, ownerWindow, progressWindow);
 }
 
+DWORD GetDriverFileVersion(LPCSTR lpszFilePath, LPSTR lpszText, DWORD dwSize) {
+    return DoGetDriverFileVersion(lpszFilePath, lpszText, dwSize);
+}
+
+DWORD CheckDriverFileVersionKept(LPCSTR lpszFilePath, LPCSTR lpszVersionText, LPSTR lpszText, DWORD dwSize) {
+    const KeptText filePath(lpszFilePath);
+    return DoCheckDriverFileVersion(filePath.Get(), lpszVersionText, lpszText, dwSize);
+}
+
 // ---- slots from 3 on ------------------------------------------------------------------------------------------------
 
 STATUS_SLOT(PI_KEL_AddPrinterDriver, PIKEL_PREFIX_DRIVER_ADD, AddPrinterDriverByRoute)
+VALUE_SLOT(PI_KEL_IsDriverFileLoaded, IsDriverFileLoaded)
+STATUS_SLOT(PI_KEL_GetDriverFileVersion, PIKEL_PREFIX_GENERAL, GetDriverFileVersion)
+VALUE_SLOT(PI_KEL_CheckDriverFileVersion, CheckDriverFileVersionKept)
+STATUS_SLOT(PI_KEL_CopyDriverFileToHWIDFolder, PIKEL_PREFIX_GENERAL, DoCopyDriverFileToHWIDFolder)
+STATUS_SLOT(PI_KEL_CopyMonitorFile, PIKEL_PREFIX_FILE_COPY, DoCopyMointorFile)
 STATUS_SLOT(PI_KEL_GetInfInfo, PIKEL_PREFIX_INF_READ, GetInfInfoKept)
 STATUS_SLOT(PI_KEL_CopyInfDriverFiles, PIKEL_PREFIX_FILE_COPY, CopyInfDriverFilesKept)
 STATUS_SLOT(PI_KEL_GetDriverListFromInf, PIKEL_PREFIX_INF_READ, PI_GetDriverListFromInf)

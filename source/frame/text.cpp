@@ -9,7 +9,7 @@ bool CopyIfFits(std::string_view text, LPSTR lpszBuffer, DWORD dwSize) {
     if (lpszBuffer == nullptr || text.size() >= dwSize) {
         return false;
     }
-    std::memcpy(lpszBuffer, text.data(), text.size());
+    text.copy(lpszBuffer, text.size());
     lpszBuffer[text.size()] = '\0';
     return true;
 }

@@ -167,7 +167,8 @@ class DriverRecords {
         FillLevel2(space, info, driver);
         std::vector<std::string> dependentFiles;
         for (const std::string& file : driver.dependentFiles) {
-            dependentFiles.push_back(PathOf(driver, file));
+            // The 9x family tells them as they were named when the driver was added.
+            dependentFiles.push_back(m_environment.hasVersionFolders ? PathOf(driver, file) : file);
         }
         info.pHelpFile = space.TextOrNull(PathOf(driver, driver.helpFile));
         info.pDependentFiles = space.MultiTextOrNull(dependentFiles);
