@@ -108,6 +108,13 @@ const void* HandleOf(HFILE file) {
     return reinterpret_cast<const void*>(static_cast<intptr_t>(file));
 }
 
+/// Null for a number that is no open file. The numbers are handles: those of CreateFileA serve as well.
+const Files::OpenFile* FileOf(HFILE file) {
+    const Handles& handles = Current().Handles();
+    const auto* legacy = handles.Find<Files::OpenFile>(HandleKind::LegacyFile, HandleOf(file));
+    return legacy != nullptr ? legacy : handles.Find<Files::OpenFile>(HandleKind::File, HandleOf(file));
+}
+
 }  // namespace
 
 HFILE WINAPI OpenFile(LPCSTR lpFileName, LPOFSTRUCT lpReOpenBuff, UINT uStyle) {
@@ -134,7 +141,7 @@ HFILE WINAPI OpenFile(LPCSTR lpFileName, LPOFSTRUCT lpReOpenBuff, UINT uStyle) {
 }
 
 UINT WINAPI _lread(HFILE hFile, LPVOID lpBuffer, UINT uBytes) {
-    const auto* file = Current().Handles().Find<Files::OpenFile>(HandleKind::LegacyFile, HandleOf(hFile));
+    const Files::OpenFile* file = FileOf(hFile);
     if (file == nullptr || !file->MayRead()) {
         return Fail<UINT>(file == nullptr ? ERROR_INVALID_HANDLE : ERROR_ACCESS_DENIED, static_cast<UINT>(HFILE_ERROR));
     }
