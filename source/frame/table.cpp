@@ -1,8 +1,10 @@
 // The table of operations and the one exported function: the top of the library, which joins the subsystems' workers to
 // the slots that an installer calls.
+#include "InfFile/customize_field.h"
 #include "deploy/copy_inf_driver_files.h"
 #include "deploy/driver_list.h"
 #include "deploy/inf_info.h"
+#include "deploy/installed_inf.h"
 #include "driver/add_printer_driver.h"
 #include "driver/file_use.h"
 #include "driver/hwid_folder.h"
@@ -12,6 +14,8 @@
 #include "frame/os_route.h"
 #include "frame/pikel.h"
 #include "frame/wrapper.h"
+#include "inf/inf_identity.h"
+#include "inf/inf_placement.h"
 #include "platform/platform.h"
 #include "printer/add_printer.h"
 #include "printer/default_printer.h"
@@ -94,6 +98,19 @@ DWORD CheckDriverFileVersionKept(LPCSTR lpszFilePath, LPCSTR lpszVersionText, LP
     return DoCheckDriverFileVersion(filePath.Get(), lpszVersionText, lpszText, dwSize);
 }
 
+DWORD InfFileCopyKept(LPCSTR lpszInfFile, DWORD dwProcessor, DWORD dwMajor, DWORD dwMinor, LPCSTR lpszDir,
+                      LPCSTR lpszProvider, LPCSTR lpszClass, DWORD dwFlag) {
+    KeptText dir(lpszDir);
+    return PI_InfFileCopy(lpszInfFile, dwProcessor, dwMajor, dwMinor, dir.Get(), lpszProvider, lpszClass, dwFlag);
+}
+
+DWORD GetInstalledInfNameKept(LPCSTR driverName, DWORD dwArchitecture, DWORD dwMajorVersion, DWORD dwMinorVersion,
+                              LPCSTR lpszInfFolder, LPCSTR lpszProvider, LPCSTR lpszClass, LPSTR name, DWORD size) {
+    KeptText infFolder(lpszInfFolder);
+    return DoGetInstalledInfName(driverName, dwArchitecture, dwMajorVersion, dwMinorVersion, infFolder.Get(),
+                                 lpszProvider, lpszClass, name, size);
+}
+
 // ---- slots from 3 on ------------------------------------------------------------------------------------------------
 
 STATUS_SLOT(PI_KEL_AddPrinterDriver, PIKEL_PREFIX_DRIVER_ADD, AddPrinterDriverByRoute)
@@ -105,8 +122,14 @@ STATUS_SLOT(PI_KEL_CopyMonitorFile, PIKEL_PREFIX_FILE_COPY, DoCopyMointorFile)
 STATUS_SLOT(PI_KEL_GetInfInfo, PIKEL_PREFIX_INF_READ, GetInfInfoKept)
 STATUS_SLOT(PI_KEL_CopyInfDriverFiles, PIKEL_PREFIX_FILE_COPY, CopyInfDriverFilesKept)
 STATUS_SLOT(PI_KEL_GetDriverListFromInf, PIKEL_PREFIX_INF_READ, PI_GetDriverListFromInf)
+STATUS_SLOT(PI_KEL_InfFileCopy, PIKEL_PREFIX_FILE_COPY, InfFileCopyKept)
+STATUS_SLOT(PI_KEL_GetInstalledInfName, PIKEL_PREFIX_INSTALLED_INF, GetInstalledInfNameKept)
 STATUS_SLOT(PI_KEL_CreatePort, PIKEL_PREFIX_PORT, PI_CreatePort)
 STATUS_SLOT(PI_KEL_AddPrinter, PIKEL_PREFIX_PRINTER_ADD, DoAddPrinter)
+VALUE_SLOT(PI_KEL_IsValidInfFile, IsTarvoPrinterDriver)
+STATUS_SLOT(PI_KEL_GetInfOsVersion, PIKEL_PREFIX_GENERAL, DoGetInfOsVersion)
+STATUS_SLOT(PI_KEL_GetCustomizeInfo, PIKEL_PREFIX_GENERAL, DoGetCustomizeInfo)
+STATUS_SLOT(PI_KEL_GetCATFileInfo, PIKEL_PREFIX_GENERAL, DoGetCATFileInfo)
 STATUS_SLOT(PI_KEL_SetDefaultPrinter, PIKEL_PREFIX_GENERAL, DoSetDefaultPrinter)
 STATUS_SLOT(PI_KEL_GetDefaultPrinter, PIKEL_PREFIX_GENERAL, DoGetDefaultPrinter)
 // The yes of this one is a code like any other: a default printer gives 0x90010001.
