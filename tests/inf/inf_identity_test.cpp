@@ -160,6 +160,23 @@ TEST_F(InfIdentity, GetInfOsVersionIsSlot24) {
                       {"DoGetInfOsVersion End(0) OS(1)", "PI_KEL_GetInfOsVersion End:(0x00000000)", ""}}));
 }
 
+TEST_F(InfIdentity, WholeLogOfAnInfForWindows2000) {
+    WriteInf("[Version]\nSignature=\"$Windows NT$\"\n"s + kUrl + "[Manufacturer]\nA=A\n");
+    Test().TurnLogOn(1);
+    DWORD os = 0;
+    EXPECT_EQ(DoGetInfOsVersion(kInfPath, &os), 0u);
+    EXPECT_EQ(Test().TakeLog(),
+              Joined({{"DoGetInfOsVersion Start"},
+                      VersionLog("", "", "http://northlight.example", " = ", "$Windows NT$"),
+                      {"CInfManufacturerSection::GetData() Start"},
+                      Bannered("--- Manufacturer Name ---", {"A"}),
+                      {"\tcsvManufacturer.size() = 1", "\tstrMfgFront = A", "\tMAKELONG:dwVersion = 501",
+                       "\tdwMinDiffInVersion = ffffffff"},
+                      Bannered("--- Manufacturer ---", {"A"}),
+                      {"CInfManufacturerSection::GetData() End(0)", "\t\t\tManufacturer.m_dwProcessorType = 0",
+                       "DoGetInfOsVersion End(0) OS(3)"}}));
+}
+
 TEST_F(InfIdentity, ProcessorIsLoggedBehindTheManufacturerSection) {
     for (const auto& [decoration, type, os] : {std::tuple{"", 0, 3}, {",NTia64", 1, 4}, {",NTamd64", 2, 5}}) {
         WriteInf("[Version]\nSignature=\"$Windows NT$\"\n"s + kUrl + "[Manufacturer]\nA=A" + decoration + "\n");

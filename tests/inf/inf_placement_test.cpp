@@ -153,6 +153,39 @@ TEST_F(InfPlacement, NtTakesTheLowestFreeNumber) {
     EXPECT_THAT(OwnLines(Test().TakeLog()), ElementsAre("InfFileCopyNT() - ::CopyFile() --Success--"));
 }
 
+TEST_F(InfPlacement, WholeLogOfTheRouteOfNt) {
+    Fresh("nt4");
+    Write("C:\\Infs\\a.inf", InfOf({"A"}));
+    Test().TurnLogOn(2);
+    EXPECT_EQ(Place(), 0u);
+    const auto models = [](const LogLines& names) {
+        return Joined({{"CInfManufacturerSection::GetData() Start"},
+                       Bannered("--- Manufacturer Name ---", {"M"}),
+                       {"\tcsvManufacturer.size() = 1", "\tstrMfgFront = M", "\tMAKELONG:dwVersion = 501",
+                        "\tdwMinDiffInVersion = ffffffff"},
+                       Bannered("--- Manufacturer ---", {"M"}),
+                       {"CInfManufacturerSection::GetData() End(0)", "CInfModelsSection::GetAllDeviceKey() Start"},
+                       Bannered("--- Support Models ---", names),
+                       {"CInfModelsSection::GetAllDeviceKey() End(0)"}});
+    };
+    EXPECT_EQ(
+        Test().TakeLog(),
+        Joined({{"PI_InfFileCopy Start"},
+                models({"A", "B"}),
+                {"--- SearchINFFile start  ---", "SetupGetInfFileList Success", "szInfPath:C:\\Infs\\a.inf",
+                 "lpBuffer[i]:a.inf", "CInfVersionSection::GetData() Start"},
+                Bannered("--- Provider ---", {"Northlight"}),
+                Bannered("--- Class ---", {"Printer"}),
+                Bannered("--- ClassGUID ---", {""}),
+                Bannered("--- OEM URLS ---", {""}),
+                Bannered("--- Cat File ---", {" = "}),
+                Bannered("--- Signature ---", {"$Windows NT$"}),
+                {"CInfVersionSection::GetData() End(0)", "--- [0]C:\\Infs\\a.inf  ---", "--- SearchINFFile End:0  ---"},
+                models({"A"}),
+                {"CheckDriverNameFromINF - (A) is  exist ", "CheckDriverNameFromINF - (B) is not exist ",
+                 "InfFileCopyNT() - ::CopyFile() --Success--", "PI_InfFileCopy End"}}));
+}
+
 TEST_F(InfPlacement, NtCopiesNothingWhenAllModelsAreHeldAlsoByAnotherText) {
     Fresh("nt4");
     Write("C:\\Infs\\a.inf", InfOf({"C", "B", "A"}));
