@@ -23,11 +23,11 @@ install_packages() {
 }
 
 install_build_packages() {
-    install_packages g++ cmake ninja-build libcli11-dev nlohmann-json3-dev
+    install_packages g++ cmake ninja-build libcli11-dev nlohmann-json3-dev libmspack-dev
 }
 
 install_test_packages() {
-    install_packages libgtest-dev libgmock-dev googletest libbenchmark-dev clang libclang-rt-14-dev clang-format-14
+    install_packages libgtest-dev libgmock-dev googletest libbenchmark-dev clang libclang-rt-14-dev clang-format-14 gcab
 }
 
 install_windows_packages() {

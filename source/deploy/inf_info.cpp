@@ -5,10 +5,7 @@
 #include <vector>
 
 #include "InfFile/inf_access.h"
-#include "InfFile/install_section.h"
-#include "InfFile/manufacturer_section.h"
-#include "InfFile/models_section.h"
-#include "InfFile/version_section.h"
+#include "deploy/model_sections.h"
 #include "driver/look_ups.h"
 #include "frame/architecture.h"
 #include "frame/log.h"
@@ -26,32 +23,14 @@ constexpr DWORD kVersion2000 = 3;
 constexpr DWORD kColourDirectory = 23;
 constexpr DWORD kSystemColourDirectory = 66003;
 
-/// The sections that tell of one model.
-struct ModelSections {
-    CInfManufacturerSection manufacturer;
-    CInfModelsSection models;
-    CInfInstallSection install;
-    CInfVersionSection version;
-};
-
 DWORD ReadModel(LPCSTR lpcInfPath, LPCSTR lpDriverName, DWORD dwArchitecture, DWORD dwMajorVersion,
                 DWORD dwMinorVersion, ModelSections& model) {
     InfHandle inf;
-    DWORD dwStatus = OpenInf(lpcInfPath, inf);
-    if (dwStatus == 0) {
-        dwStatus = model.manufacturer.GetData(inf.Get(), dwArchitecture, dwMajorVersion, dwMinorVersion);
+    const DWORD dwStatus = OpenInf(lpcInfPath, inf);
+    if (dwStatus != 0) {
+        return dwStatus;
     }
-    if (dwStatus == 0) {
-        LPCSTR lpszModels = model.manufacturer.m_vecSections.FrontOrEmpty().c_str();
-        dwStatus = model.models.GetData(inf.Get(), lpszModels, lpDriverName);
-    }
-    if (dwStatus == 0) {
-        dwStatus = model.install.GetData(inf.Get(), model.models.m_strInstallSection.c_str());
-    }
-    if (dwStatus == 0) {
-        dwStatus = model.version.GetData(inf.Get());
-    }
-    return dwStatus;
+    return model.ReadAll(inf.Get(), lpDriverName, dwArchitecture, dwMajorVersion, dwMinorVersion);
 }
 
 /// DriverVersionCode of a driver.
@@ -110,12 +89,12 @@ void FillPaths(const CInfInstallSection& install, const std::string& strDirector
 void FillVersion(const ModelSections& model, DWORD dwVersion, DRIVER_INFO_6A& info) {
     info.cVersion = dwVersion;
     if (dwVersion == kVersion9x) {
-        info.pDefaultDataType = Borrow(model.install.m_strDefaultDataType);
-        info.ftDriverDate = model.install.m_ftDriverDate;
-        info.dwlDriverVersion = model.install.m_qwDriverVer;
+        info.pDefaultDataType = Borrow(model.m_cInstall.m_strDefaultDataType);
+        info.ftDriverDate = model.m_cInstall.m_ftDriverDate;
+        info.dwlDriverVersion = model.m_cInstall.m_qwDriverVer;
     } else {
-        info.ftDriverDate = model.version.m_ftDriverDate;
-        info.dwlDriverVersion = model.version.m_qwDriverVer;
+        info.ftDriverDate = model.m_cVersion.m_ftDriverDate;
+        info.dwlDriverVersion = model.m_cVersion.m_qwDriverVer;
     }
 }
 
@@ -131,19 +110,19 @@ DWORD FillDriver(const ModelSections& model, LPCSTR lpDriverName, LPCSTR lpszEnv
     if (dwStatus != 0) {
         return dwStatus;
     }
-    if (GetDependentFiles(dwVersion, model.install, draft.strDependentFiles) != 0) {
+    if (GetDependentFiles(dwVersion, model.m_cInstall, draft.strDependentFiles) != 0) {
         return 0;
     }
     DRIVER_INFO_6A& info = draft.record.DriverInfo;
     FillVersion(model, dwVersion, info);
-    FillPaths(model.install, strDirectory, draft);
+    FillPaths(model.m_cInstall, strDirectory, draft);
     info.pName = const_cast<LPSTR>(lpDriverName);
     info.pEnvironment = const_cast<LPSTR>(lpszEnvironment);
-    info.pMonitorName = Borrow(model.install.m_strMonitorName);
-    info.pszMfgName = Borrow(model.manufacturer.m_strManufacturer);
-    info.pszOEMUrl = Borrow(model.version.m_strOemUrl);
-    info.pszHardwareID = Borrow(model.models.m_strHardwareId);
-    info.pszProvider = Borrow(model.version.m_strProvider);
+    info.pMonitorName = Borrow(model.m_cInstall.m_strMonitorName);
+    info.pszMfgName = Borrow(model.m_cManufacturer.m_strManufacturer);
+    info.pszOEMUrl = Borrow(model.m_cVersion.m_strOemUrl);
+    info.pszHardwareID = Borrow(model.m_cModels.m_strHardwareId);
+    info.pszProvider = Borrow(model.m_cVersion.m_strProvider);
     draft.hasDriver = true;
     return 0;
 }
@@ -177,12 +156,12 @@ DWORD FillDraft(const ModelSections& model, LPCSTR lpDriverName, DWORD dwArchite
     DWORD dwVersion = DriverVersionOf(dwArchitecture, dwMajorVersion);
     DWORD dwStatus = FillDriver(model, lpDriverName, lpszEnvironment, dwVersion, draft);
     if (dwStatus == 0) {
-        dwStatus = FillMonitor(model.install, lpszEnvironment, draft.record.MonitorInfo);
+        dwStatus = FillMonitor(model.m_cInstall, lpszEnvironment, draft.record.MonitorInfo);
     }
     if (dwStatus == 0) {
-        FillProfiles(model.install, draft);
-        draft.record.NotSelectedTimeout = model.install.m_dwNotSelectedTimeout;
-        draft.record.RetryTimeout = model.install.m_dwRetryTimeout;
+        FillProfiles(model.m_cInstall, draft);
+        draft.record.NotSelectedTimeout = model.m_cInstall.m_dwNotSelectedTimeout;
+        draft.record.RetryTimeout = model.m_cInstall.m_dwRetryTimeout;
     }
     return dwStatus;
 }

@@ -21,14 +21,6 @@ constexpr DWORD kPathTooLong = 206;          // ERROR_FILENAME_EXCED_RANGE (wine
 constexpr int kMostAttempts = 100;           // of a copy over a file that is held
 constexpr DWORD kWaitBetweenAttempts = 100;  // milliseconds
 
-std::string WithBackslash(std::string strPath) {
-    if (!strPath.empty()) {
-        DropTrailingBackslash(strPath);
-        strPath += '\\';
-    }
-    return strPath;
-}
-
 std::string SystemDirectoryWithBackslash() {
     char szDirectory[kPathSize] = {};
     const UINT nLength = Platform().GetSystemDirectoryA(szDirectory, kPathSize);

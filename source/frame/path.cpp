@@ -60,6 +60,24 @@ void DropTrailingBackslash(std::string& path) {
     }
 }
 
+std::string WithBackslash(std::string path) {
+    if (!path.empty()) {
+        DropTrailingBackslash(path);
+        path += '\\';
+    }
+    return path;
+}
+
+std::string FolderOfPath(std::string_view path) {
+    const PathParts parts = SplitPath(path);
+    return parts.strDrive + parts.strDirectory;
+}
+
+std::string FileNameOfPath(std::string_view path) {
+    const PathParts parts = SplitPath(path);
+    return parts.strName + parts.strExtension;
+}
+
 void EnsurePathExists(LPCSTR lpszPath) {
     if (lpszPath == nullptr) {
         return;

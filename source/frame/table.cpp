@@ -2,9 +2,13 @@
 // the slots that an installer calls.
 #include "InfFile/customize_field.h"
 #include "deploy/copy_inf_driver_files.h"
+#include "deploy/copy_size.h"
 #include "deploy/driver_list.h"
 #include "deploy/inf_info.h"
+#include "deploy/inf_queries.h"
 #include "deploy/installed_inf.h"
+#include "deploy/local_copy.h"
+#include "deploy/staged_copy.h"
 #include "driver/add_printer_driver.h"
 #include "driver/file_use.h"
 #include "driver/hwid_folder.h"
@@ -21,6 +25,7 @@
 #include "printer/default_printer.h"
 #include "printer/effective_dev_mode.h"
 #include "printer/port.h"
+#include "system/cabinet.h"
 
 namespace pikel {
 namespace {
@@ -98,6 +103,38 @@ DWORD CheckDriverFileVersionKept(LPCSTR lpszFilePath, LPCSTR lpszVersionText, LP
     return DoCheckDriverFileVersion(filePath.Get(), lpszVersionText, lpszText, dwSize);
 }
 
+DWORD GetDriverFileNameFromInfKept(LPCSTR lpszInfPath, LPCSTR driverName, DWORD dwArchitecture, DWORD dwMajorVersion,
+                                   DWORD dwMinorVersion, DWORD wantDriverFile, LPSTR name, LPDWORD pdwSize) {
+    const KeptText infPath(lpszInfPath);
+    return DoGetDriverFileNameFromInf(infPath.Get(), driverName, dwArchitecture, dwMajorVersion, dwMinorVersion,
+                                      wantDriverFile != 0, name, pdwSize);
+}
+
+/// Slot 25: the INF's own architecture first; without it the copy isn't entered.
+DWORD CopyInfDriverFilesToLocalKept(LPCSTR lpszInfPath, LPCSTR driverName, LPCSTR localFolder, LPDWORD pdwTotalSize,
+                                    DWORD copyNameMode, LPDWORD pdwCount, LocalFileRecord** ppRecords,
+                                    DWORD dwArchitecture, DWORD dwMajorVersion, DWORD dwMinorVersion) {
+    const KeptText infPath(lpszInfPath);
+    DWORD dwInfArchitecture = 0;
+    const DWORD dwStatus = DoGetInfOsVersion(infPath.Get(), &dwInfArchitecture);
+    return dwStatus != 0 ? dwStatus
+                         : DoCopyInfDriverFilesToLocal(infPath.Get(), driverName, localFolder, pdwTotalSize,
+                                                       copyNameMode, pdwCount, ppRecords, dwInfArchitecture,
+                                                       dwArchitecture, dwMajorVersion, dwMinorVersion);
+}
+
+/// Slot 31: likewise.
+DWORD CopyInfDriverFilesExKept(LPCSTR lpszInfPath, LPCSTR driverName, DWORD copyNameMode, LPDWORD pdwRestartNeeded,
+                               LPCSTR stagingFolder, DWORD dwArchitecture, DWORD dwMajorVersion, DWORD dwMinorVersion) {
+    const KeptText infPath(lpszInfPath);
+    DWORD dwInfArchitecture = 0;
+    const DWORD dwStatus = DoGetInfOsVersion(infPath.Get(), &dwInfArchitecture);
+    return dwStatus != 0
+               ? dwStatus
+               : DoCopyInfDriverFilesEx(infPath.Get(), driverName, copyNameMode, pdwRestartNeeded, stagingFolder,
+                                        dwInfArchitecture, dwArchitecture, dwMajorVersion, dwMinorVersion);
+}
+
 DWORD InfFileCopyKept(LPCSTR lpszInfFile, DWORD dwProcessor, DWORD dwMajor, DWORD dwMinor, LPCSTR lpszDir,
                       LPCSTR lpszProvider, LPCSTR lpszClass, DWORD dwFlag) {
     KeptText dir(lpszDir);
@@ -120,7 +157,16 @@ VALUE_SLOT(PI_KEL_CheckDriverFileVersion, CheckDriverFileVersionKept)
 STATUS_SLOT(PI_KEL_CopyDriverFileToHWIDFolder, PIKEL_PREFIX_GENERAL, DoCopyDriverFileToHWIDFolder)
 STATUS_SLOT(PI_KEL_CopyMonitorFile, PIKEL_PREFIX_FILE_COPY, DoCopyMointorFile)
 STATUS_SLOT(PI_KEL_GetInfInfo, PIKEL_PREFIX_INF_READ, GetInfInfoKept)
+STATUS_SLOT(PI_KEL_GetDriverFileNameFromInf, PIKEL_PREFIX_INF_READ, GetDriverFileNameFromInfKept)
 STATUS_SLOT(PI_KEL_CopyInfDriverFiles, PIKEL_PREFIX_FILE_COPY, CopyInfDriverFilesKept)
+STATUS_SLOT(PI_KEL_ExtractCabFile, PIKEL_PREFIX_GENERAL, DoExtractCabFile)
+STATUS_SLOT(PI_KEL_CopyInfDriverFilesToLocal, PIKEL_PREFIX_FILE_COPY, CopyInfDriverFilesToLocalKept)
+// Its start line is that of the local copy: installers' log readers know it so.
+STATUS_SLOT_STARTING_AS(PI_KEL_CopyInfDriverFilesEx, "PI_KEL_CopyInfDriverFilesToLocal", PIKEL_PREFIX_FILE_COPY,
+                        CopyInfDriverFilesExKept)
+STATUS_SLOT(PI_KEL_ControlRegistory, PIKEL_PREFIX_GENERAL, DoControlRegistory)
+STATUS_SLOT(PI_KEL_EnumDriverFiles, PIKEL_PREFIX_GENERAL, DoEnumDriverFiles)
+STATUS_SLOT(PI_KEL_GetCopyDriverFilesSize, PIKEL_PREFIX_FILE_COPY, DoGetCopyDriverFilesSize)
 STATUS_SLOT(PI_KEL_GetDriverListFromInf, PIKEL_PREFIX_INF_READ, PI_GetDriverListFromInf)
 STATUS_SLOT(PI_KEL_InfFileCopy, PIKEL_PREFIX_FILE_COPY, InfFileCopyKept)
 STATUS_SLOT(PI_KEL_GetInstalledInfName, PIKEL_PREFIX_INSTALLED_INF, GetInstalledInfNameKept)

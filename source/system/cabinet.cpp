@@ -1,0 +1,54 @@
+// Unpacks cabinets through the Setup API.
+#include "system/cabinet.h"
+
+#include <string>
+#include <string_view>
+
+#include "frame/path.h"
+#include "frame/text.h"
+#include "platform/platform.h"
+
+namespace pikel {
+
+namespace {
+
+constexpr std::size_t kLongestFolder = 260;
+constexpr DWORD kPathTooLong = 206;  // ERROR_FILENAME_EXCED_RANGE (winerror.h)
+constexpr UINT kNotificationMask = 0xFF;
+
+/// Tells the system where a file goes, and makes its folders.
+UINT PlaceFile(LPCSTR lpszFolder, FILE_IN_CABINET_INFO_A& info, LPCSTR lpszCabinetPath) {
+    const std::string strTarget = lpszFolder != nullptr ? std::string(lpszFolder) + "\\" + info.NameInCabinet
+                                                        : FolderOfPath(lpszCabinetPath) + info.NameInCabinet;
+    if (!CopyIfFits(strTarget, info.FullTargetName, sizeof info.FullTargetName)) {
+        Platform().SetLastError(kPathTooLong);
+        return FILEOP_ABORT;
+    }
+    EnsurePathExists(FolderOfPath(info.FullTargetName).c_str());
+    return FILEOP_DOIT;
+}
+
+/// PSP_FILE_CALLBACK_A of the walk; the context is the output folder.
+UINT CALLBACK ExtractCabinetCallback(PVOID pContext, UINT nNotification, UINT_PTR param1, UINT_PTR param2) {
+    if ((nNotification & kNotificationMask) != SPFILENOTIFY_FILEINCABINET) {
+        return 0;
+    }
+    return PlaceFile(static_cast<LPCSTR>(pContext), *reinterpret_cast<FILE_IN_CABINET_INFO_A*>(param1),
+                     reinterpret_cast<LPCSTR>(param2));
+}
+
+}  // namespace
+
+DWORD DoExtractCabFile(LPCSTR lpszCabinetPath, LPCSTR lpszOutputFolder) {
+    if (lpszCabinetPath == nullptr || lpszOutputFolder == nullptr ||
+        std::string_view(lpszOutputFolder).size() > kLongestFolder) {
+        return ERROR_INVALID_PARAMETER;
+    }
+    if (!Platform().SetupIterateCabinetA(lpszCabinetPath, 0, ExtractCabinetCallback,
+                                         const_cast<LPSTR>(lpszOutputFolder))) {
+        return Platform().GetLastError();
+    }
+    return 0;
+}
+
+}  // namespace pikel

@@ -1,0 +1,256 @@
+// A model's files in a local folder, and how much room they take.
+#include "deploy/local_copy.h"
+
+#include "deploy/copy_size.h"
+#include "printer_inf.h"
+#include "support/calls.h"
+#include "support/compressed_file.h"
+
+namespace pikel {
+namespace {
+
+using namespace testing_support;
+using ::testing::Contains;
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+using ::testing::SizeIs;
+
+class LocalCopyTest : public MachineTest {
+  protected:
+    LocalCopyTest() {
+        PutAuroraPackage(Machine());
+        Machine().Files().MakeFolder("C:\\local");
+        ForgetCalls(Test());
+    }
+    ~LocalCopyTest() override { Free(); }
+    void Free() {
+        if (m_records != nullptr) {
+            Platform().HeapFree(Platform().GetProcessHeap(), 0, m_records);
+            m_records = nullptr;
+        }
+    }
+    static const PI_KEL_Interface& Table() { return *PI_KEL_GetInterface(PIKEL_INTERFACE_VERSION); }
+    PiStatus Copy(const char* model = "Aurora 500", DWORD mode = 2, const char* folder = "C:\\local") {
+        Free();
+        return Table().PI_KEL_CopyInfDriverFilesToLocal(kAuroraPath, model, folder, &m_size, mode, &m_count, &m_records,
+                                                        3, 5, 1);
+    }
+    std::vector<std::string> Records() {
+        std::vector<std::string> texts;
+        for (DWORD i = 0; i < m_count; ++i) {
+            texts.push_back(std::string(m_records[i].szDirectory) + "|" + m_records[i].szFileName);
+        }
+        return texts;
+    }
+
+    LocalFileRecord* m_records = nullptr;
+    DWORD m_count = 77;
+    DWORD m_size = 77;
+};
+
+class LocalCopy : public LocalCopyTest {};
+
+constexpr char kDrivers[] = "C:\\WINDOWS\\system32\\spool\\drivers\\W32X86";
+
+TEST_F(LocalCopy, TellsWhereEachFileBelongs) {
+    EXPECT_EQ(Copy(), 0u);
+    const std::string drivers = kDrivers;
+    EXPECT_THAT(Records(), ElementsAre(drivers + "|NLAURORA.DLL", drivers + "|A500.GPD", drivers + "|NLAURUI.DLL",
+                                       drivers + "|NLAURORA.HLP", drivers + "|NLLOCAL.DLL",
+                                       ::testing::HasSubstr("color|NLA500A.ICC"), drivers + "\\0\\Color|NLDISP.ICC",
+                                       drivers + "|NLRES_EN.DLL"));
+    EXPECT_EQ(ReadFileOn(Machine(), "C:\\local\\NLLOCAL.DLL"), "NLRES_DE.DLL") << "renamed";
+    EXPECT_EQ(ReadFileOn(Machine(), "C:\\local\\aurora.inf"), kAuroraInf);
+    EXPECT_EQ(
+        m_size,
+        std::string("NLAURORA.DLLA500.GPDNLAURUI.DLLNLAURORA.HLPNLRES_DE.DLLNLA500A.ICCNLDISP.ICCNLRES_EN.DLL").size());
+}
+
+TEST_F(LocalCopy, SecondOneCopiesNothingAndTellsTheSame) {
+    ASSERT_EQ(Copy(), 0u);
+    const std::vector<std::string> first = Records();
+    EXPECT_EQ(Copy("Aurora 500", 2, "C:\\local\\"), 0u);
+    EXPECT_EQ(Records(), first);
+    EXPECT_EQ(m_size, 0u);
+}
+
+TEST_F(LocalCopy, ModeTellsHowRenamedFilesEnter) {
+    const std::pair<DWORD, std::vector<std::string>> cases[] = {
+        {0, {}}, {1, {"NLRES_DE.DLL"}}, {2, {"NLLOCAL.DLL"}}, {3, {"NLLOCAL.DLL", "NLRES_DE.DLL"}}};
+    for (const auto& [mode, names] : cases) {
+        for (const simulated::FileEntry& entry : Machine().Files().List("C:\\local")) {
+            Machine().Files().Delete("C:\\local\\" + entry.name);
+        }
+        EXPECT_EQ(Copy("Aurora 500", mode), 0u);
+        EXPECT_EQ(m_count, 7 + names.size());
+        for (const char* name : {"NLRES_DE.DLL", "NLLOCAL.DLL"}) {
+            EXPECT_EQ(Machine().Files().Exists(std::string("C:\\local\\") + name),
+                      std::find(names.begin(), names.end(), name) != names.end())
+                << mode << name;
+        }
+    }
+    EXPECT_EQ(Copy("Aurora 500", 4), 0x901b0057u);
+}
+
+TEST_F(LocalCopy, CatalogHasNoDirectory) {
+    std::string inf = kAuroraInf;
+    inf.replace(inf.find("Class=Printer"), 13, "Class=Printer\nCatalogFile=aurora.cat");
+    WriteFileOn(Machine(), kAuroraPath, inf);
+    WriteFileOn(Machine(), "C:\\Package\\aurora.cat", "catalog");
+    EXPECT_EQ(Copy("Aurora Plain"), 0u);
+    EXPECT_THAT(Records(), ElementsAre(std::string(kDrivers) + "|NLPLAIN.DLL", "|aurora.cat"));
+}
+
+TEST_F(LocalCopy, CompressedFilesCountExpanded) {
+    Machine().Files().Delete("C:\\Package\\NLPLAIN.DLL");
+    WriteFileOn(Machine(), "C:\\Package\\NLPLAIN.DL_", MakeCabinet({{"nlplain.dll", std::string(5000, 'p')}}));
+    EXPECT_EQ(Copy("Aurora Plain"), 0u);
+    EXPECT_EQ(m_size, 5000u);
+    EXPECT_EQ(ReadFileOn(Machine(), "C:\\local\\NLPLAIN.DLL"), std::string(5000, 'p'));
+}
+
+TEST_F(LocalCopy, FailurePartWayKeepsWhatWasDone) {
+    Machine().Files().Delete("C:\\Package\\NLAURUI.DLL");
+    EXPECT_EQ(Copy(), 0x901b0002u);
+    EXPECT_THAT(Records(), SizeIs(2));
+    EXPECT_EQ(m_size, 20u);
+    faults::FailCall("SetupDecompressOrCopyFileA", 1, 4242);
+    EXPECT_EQ(Copy("Aurora Plain"), 0x901b0000u | 2u)
+        << "the operation returns its code; the last error is what counts";
+    faults::Reset();
+    Machine().Files().SetFreeSpace(3);
+    EXPECT_EQ(Copy("Aurora Plain"), 0x901b0000u | DWORD{ERROR_DISK_FULL});
+}
+
+TEST_F(LocalCopy, UnreadableInfTouchesNothing) {
+    m_records = nullptr;
+    EXPECT_EQ(Copy("Nobody"), 0x901b0000u | 1359u);
+    EXPECT_EQ(m_count, 77u);
+    EXPECT_EQ(m_size, 77u);
+    EXPECT_EQ(m_records, nullptr);
+}
+
+TEST_F(LocalCopy, WithoutMemoryTheFilesAreCopiedAllTheSame) {
+    const DWORD before = m_count;
+    Machine().Heap().FailAllocation(0, false);
+    // The first block is one of the INF's reads; so fail every later one in turn until the records' own is met.
+    Machine().Heap().StopFailing();
+    ReplacedOperations replaced;
+    replaced.table.HeapAlloc = [](HANDLE heap, DWORD flags, SIZE_T size) -> LPVOID {
+        return size % sizeof(LocalFileRecord) == 0
+                   ? nullptr
+                   : simulated::Current().Heap().Allocate(simulated::BlockKind::Heap,
+                                                          size + 0 * flags + 0 * reinterpret_cast<UINT_PTR>(heap));
+    };
+    EXPECT_EQ(Copy("Aurora Plain"), 0u);
+    EXPECT_EQ(m_count, 0u);
+    EXPECT_NE(m_count, before);
+    EXPECT_TRUE(Machine().Files().Exists("C:\\local\\NLPLAIN.DLL"));
+}
+
+TEST_F(LocalCopy, ArgumentsAreRequired) {
+    Test().TurnLogOn();
+    EXPECT_EQ(
+        DoCopyInfDriverFilesToLocal(kAuroraPath, nullptr, "C:\\local", &m_size, 2, &m_count, &m_records, 3, 3, 5, 1),
+        87u);
+    EXPECT_EQ(DoCopyInfDriverFilesToLocal(kAuroraPath, "x", nullptr, &m_size, 2, &m_count, &m_records, 3, 3, 5, 1),
+              87u);
+    EXPECT_EQ(DoCopyInfDriverFilesToLocal(kAuroraPath, "x", "C:\\local", nullptr, 2, &m_count, &m_records, 3, 3, 5, 1),
+              87u);
+    EXPECT_EQ(DoCopyInfDriverFilesToLocal(kAuroraPath, "x", "C:\\local", &m_size, 2, nullptr, &m_records, 3, 3, 5, 1),
+              87u);
+    EXPECT_EQ(DoCopyInfDriverFilesToLocal(kAuroraPath, "x", "C:\\local", &m_size, 8, &m_count, &m_records, 3, 3, 5, 1),
+              87u);
+    EXPECT_THAT(Test().TakeLog(), ::testing::Each("DoCopyInfDriverFilesToLocal Start"));
+    EXPECT_EQ(DoCopyInfDriverFilesToLocal(nullptr, "x", "C:\\local", &m_size, 2, &m_count, &m_records, 3, 3, 5, 1),
+              87u);
+    EXPECT_EQ(Test().TakeLog().back(), "DoCopyInfDriverFilesToLocal End(87)");
+    EXPECT_EQ(Table().PI_KEL_CopyInfDriverFilesToLocal("C:\\none.inf", "x", "C:\\local", &m_size, 2, &m_count,
+                                                       &m_records, 3, 5, 1),
+              0x901b0002u);
+    EXPECT_THAT(Test().TakeLog(), ::testing::Not(Contains("DoCopyInfDriverFilesToLocal Start")))
+        << "the copy isn't entered";
+}
+
+// ---- sizes ----------------------------------------------------------------------------------------------------------
+
+class CopySize : public LocalCopyTest {
+  protected:
+    PiStatus Ask(const std::string& models, DWORD mode = 2) {
+        m_total = m_shared = 99;
+        return Table().PI_KEL_GetCopyDriverFilesSize(kAuroraPath, (models + '\0').c_str(), &m_total, &m_shared, mode, 3,
+                                                     5, 1);
+    }
+    DWORD m_total = 0;
+    DWORD m_shared = 0;
+};
+
+const std::string k500 = std::string("Aurora 500") + '\0';
+const std::string kPlain = std::string("Aurora Plain") + '\0';
+const std::string kNobody = std::string("Nobody") + '\0';
+constexpr DWORD kSizeOf500 = 12 + 8 + 11 + 12 + 12 + 11 + 10 + 12;
+constexpr DWORD kSizeOfPlain = 11;
+
+TEST_F(CopySize, OfOneModelHasNothingShared) {
+    EXPECT_EQ(Ask(k500), 0u);
+    EXPECT_EQ(m_total, kSizeOf500);
+    EXPECT_EQ(m_shared, 0u);
+}
+
+TEST_F(CopySize, OfNoModelIsZero) {
+    EXPECT_EQ(Ask(""), 0u);
+    EXPECT_EQ(m_total + m_shared, 0u);
+}
+
+TEST_F(CopySize, OfRepeatedModelsCountsOnceInEachSum) {
+    EXPECT_EQ(Ask(k500 + kPlain + k500), 0u);
+    EXPECT_EQ(m_total, kSizeOf500 + kSizeOfPlain);
+    EXPECT_EQ(m_shared, kSizeOf500);
+    EXPECT_EQ(Ask(kPlain + kPlain + kPlain), 0u);
+    EXPECT_EQ(m_total, kSizeOfPlain);
+    EXPECT_EQ(m_shared, 2 * kSizeOfPlain);
+}
+
+TEST_F(CopySize, ModelThatFailsInTheMiddleRepeatsTheOneBeforeIt) {
+    EXPECT_EQ(Ask(kPlain + kNobody + k500), 0u);
+    EXPECT_EQ(m_total, kSizeOf500 + kSizeOfPlain);
+    EXPECT_EQ(m_shared, kSizeOfPlain);
+}
+
+TEST_F(CopySize, ModelThatFailsAtTheEndLeavesTheSums) {
+    EXPECT_EQ(Ask(kPlain + kNobody), 0x901b0000u | 1359u);
+    EXPECT_EQ(m_total, 99u);
+    EXPECT_EQ(m_shared, 99u);
+}
+
+TEST_F(CopySize, MissingFileAddsNothing) {
+    Machine().Files().Delete("C:\\Package\\NLPLAIN.DLL");
+    EXPECT_EQ(Ask(kPlain + kPlain), 0u);
+    EXPECT_EQ(m_total, 0u);
+    EXPECT_EQ(m_shared, 0u);
+    Test().TurnLogOn();
+    EXPECT_EQ(Ask(k500), 0u);
+    EXPECT_THAT(Test().TakeLog(), Contains("\t\tFile(C:\\Package\\A500.GPD) Size\t8\t8"));
+}
+
+TEST_F(CopySize, MissingFileIsSharedWithTheSizeOfTheLastOneFound) {
+    Machine().Files().Delete("C:\\Package\\NLPLAIN.DLL");
+    EXPECT_EQ(Ask(k500 + kPlain + kPlain), 0u);
+    EXPECT_EQ(m_total, kSizeOf500);
+    EXPECT_EQ(m_shared, 10u) << "NLPLAIN.DLL comes behind NLDISP.ICC and ahead of NLRES_DE.DLL";
+}
+
+TEST_F(CopySize, ArgumentsAreRequired) {
+    DWORD size = 0;
+    Test().TurnLogOn();
+    EXPECT_EQ(DoGetCopyDriverFilesSize(nullptr, "", &size, &size, 2, 3, 5, 1), 87u);
+    EXPECT_EQ(DoGetCopyDriverFilesSize(kAuroraPath, nullptr, &size, &size, 2, 3, 5, 1), 87u);
+    EXPECT_EQ(DoGetCopyDriverFilesSize(kAuroraPath, "", nullptr, &size, 2, 3, 5, 1), 87u);
+    EXPECT_EQ(DoGetCopyDriverFilesSize(kAuroraPath, "", &size, nullptr, 2, 3, 5, 1), 87u);
+    EXPECT_EQ(DoGetCopyDriverFilesSize(kAuroraPath, "", &size, &size, 4, 3, 5, 1), 87u);
+    EXPECT_THAT(Test().TakeLog(), ::testing::Each("DoGetCopyDriverFilesSize Start"));
+    EXPECT_EQ(DoGetCopyDriverFilesSize("C:\\none.inf", k500.c_str(), &size, &size, 2, 3, 5, 1), 2u);
+}
+
+}  // namespace
+}  // namespace pikel
