@@ -13,6 +13,9 @@ void AddDriverCommands(CLI::App& app, Session& session);
 void AddPortCommands(CLI::App& app, Session& session);
 void AddPrinterCommands(CLI::App& app, Session& session);
 void AddDefaultCommands(CLI::App& app, Session& session);
+void AddFileCommands(CLI::App& app, Session& session);
+void AddCabinetCommands(CLI::App& app, Session& session);
+void AddMonitorCommands(CLI::App& app, Session& session);
 void AddInstallCommand(CLI::App& app, Session& session);
 
 /// A noun that needs a verb behind it.

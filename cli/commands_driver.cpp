@@ -1,4 +1,4 @@
-// pikel driver add|list.
+// pikel driver add|list|copy|stage|local|loaded|hwid|registry.
 #include <cstdio>
 
 #include "commands.h"
@@ -12,6 +12,7 @@ namespace {
 struct DriverOptions {
     std::string inf;
     std::string model;
+    std::string folder;
 };
 
 void AddFromInf(Session& session, const DriverOptions& options) {
@@ -53,6 +54,89 @@ void List(Session& session) {
     });
 }
 
+void Copy(Session& session, const DriverOptions& options) {
+    const std::string inf = session.PathFor(options.inf);
+    session.RequireMachine();
+    CopyDriverFiles(session, inf, options.model, session.TargetSystem());
+    session.Print({{"driver", options.model}}, [&] { std::printf("copied the files of %s\n", options.model.c_str()); });
+}
+
+void Stage(Session& session, const DriverOptions& options) {
+    const std::string inf = session.PathFor(options.inf);
+    session.RequireMachine();
+    const Target target = session.TargetSystem();
+    DWORD restart = 0;
+    const DWORD status = session.Table().PI_KEL_CopyInfDriverFilesEx(
+        inf.c_str(), options.model.c_str(), PIKEL_COPY_AS_DESTINATION_NAME, &restart, options.folder.c_str(),
+        target.architecture, target.major, target.minor);
+    Session::Check("PI_KEL_CopyInfDriverFilesEx", status, PIKEL_PREFIX_FILE_COPY);
+    if (restart != 0) {
+        session.NoteRestart();
+    }
+    session.Print({{"driver", options.model}, {"restartNeeded", restart != 0}}, [&] {
+        std::printf("replaced the files of %s%s\n", options.model.c_str(),
+                    restart != 0 ? "; files in use follow at the next restart" : "");
+    });
+}
+
+void CopyToLocal(Session& session, const DriverOptions& options) {
+    const std::string inf = session.PathFor(options.inf);
+    session.RequireMachine();
+    const Target target = session.TargetSystem();
+    TableBlock<LocalFileRecord> records(session.Table());
+    DWORD count = 0;
+    DWORD size = 0;
+    const DWORD status = session.Table().PI_KEL_CopyInfDriverFilesToLocal(
+        inf.c_str(), options.model.c_str(), options.folder.c_str(), &size, PIKEL_COPY_AS_DESTINATION_NAME, &count,
+        records.Out(), target.architecture, target.major, target.minor);
+    Session::Check("PI_KEL_CopyInfDriverFilesToLocal", status, PIKEL_PREFIX_FILE_COPY);
+    nlohmann::json files = nlohmann::json::array();
+    for (DWORD i = 0; i < count; ++i) {
+        files.push_back(
+            {{"name", Utf8(records.Get()[i].szFileName)}, {"directory", Utf8(records.Get()[i].szDirectory)}});
+    }
+    session.Print({{"files", files}, {"expandedSize", size}}, [&] {
+        for (const nlohmann::json& file : files) {
+            std::printf("%s  belongs in %s\n", file["name"].get<std::string>().c_str(),
+                        file["directory"].get<std::string>().c_str());
+        }
+    });
+}
+
+void ShowLoaded(Session& session, const DriverOptions& options) {
+    session.RequireMachine();
+    const bool isLoaded = session.Table().PI_KEL_IsDriverFileLoaded(options.model.c_str()) != 0;
+    session.Print({{"loaded", isLoaded}}, [&] {
+        std::printf("%s\n", isLoaded ? "a file of the driver is in use" : "no file of the driver is in use");
+    });
+}
+
+void CopyToHardwareIdFolder(Session& session, const DriverOptions& options) {
+    session.RequireMachine();
+    Session::Check("PI_KEL_CopyDriverFileToHWIDFolder",
+                   session.Table().PI_KEL_CopyDriverFileToHWIDFolder(options.model.c_str()), PIKEL_PREFIX_GENERAL);
+    session.Print({{"driver", options.model}}, [&] {
+        std::printf("the files of %s are kept under its hardware id, where the system does that\n",
+                    options.model.c_str());
+    });
+}
+
+void ApplyRegistry(Session& session, const DriverOptions& options) {
+    const std::string inf = session.PathFor(options.inf);
+    session.RequireMachine();
+    const Target target = session.TargetSystem();
+    const DWORD status = session.Table().PI_KEL_ControlRegistory(inf.c_str(), options.model.c_str(),
+                                                                 target.architecture, target.major, target.minor);
+    Session::Check("PI_KEL_ControlRegistory", status, PIKEL_PREFIX_GENERAL);
+    session.Print({{"driver", options.model}},
+                  [&] { std::printf("applied the registry part of %s\n", options.model.c_str()); });
+}
+
+void AddInfAndModel(CLI::App& command, DriverOptions& options) {
+    command.add_option("--inf", options.inf, "The INF")->required();
+    command.add_option("--model", options.model, "Model, as `pikel inf models` lists it")->required();
+}
+
 }  // namespace
 
 void AddDriverCommands(CLI::App& app, Session& session) {
@@ -60,11 +144,37 @@ void AddDriverCommands(CLI::App& app, Session& session) {
     auto options = std::make_shared<DriverOptions>();
 
     CLI::App* add = noun->add_subcommand("add", "Copy a model's files and add its driver");
-    add->add_option("--inf", options->inf, "The INF")->required();
-    add->add_option("--model", options->model, "Model, as `pikel inf models` lists it")->required();
+    AddInfAndModel(*add, *options);
     add->callback([&session, options] { AddFromInf(session, *options); });
 
     noun->add_subcommand("list", "List the drivers")->callback([&session] { List(session); });
+
+    CLI::App* copy = noun->add_subcommand("copy", "Copy a model's files to where its INF says");
+    AddInfAndModel(*copy, *options);
+    copy->callback([&session, options] { Copy(session, *options); });
+
+    CLI::App* stage = noun->add_subcommand("stage", "Replace an installed driver's files, also those in use");
+    AddInfAndModel(*stage, *options);
+    stage->add_option("--staging", options->folder, "Folder of the machine for the work; its files are deleted")
+        ->required();
+    stage->callback([&session, options] { Stage(session, *options); });
+
+    CLI::App* local = noun->add_subcommand("local", "Expand a model's files into a folder of the machine");
+    AddInfAndModel(*local, *options);
+    local->add_option("--to", options->folder, "The folder, which exists")->required();
+    local->callback([&session, options] { CopyToLocal(session, *options); });
+
+    CLI::App* registry = noun->add_subcommand("registry", "Apply the registry part of a model's install section");
+    AddInfAndModel(*registry, *options);
+    registry->callback([&session, options] { ApplyRegistry(session, *options); });
+
+    CLI::App* loaded = noun->add_subcommand("loaded", "Tell whether a file of a 9x driver is in use");
+    loaded->add_option("DRIVER", options->model, "The driver's name")->required();
+    loaded->callback([&session, options] { ShowLoaded(session, *options); });
+
+    CLI::App* hwid = noun->add_subcommand("hwid", "Windows XP: keep a driver's files under its hardware id");
+    hwid->add_option("DRIVER", options->model, "The driver's name")->required();
+    hwid->callback([&session, options] { CopyToHardwareIdFolder(session, *options); });
 }
 
 }  // namespace pikel::cli

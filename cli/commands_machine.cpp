@@ -1,4 +1,4 @@
-// pikel machine new|show|systems: simulated machines.
+// pikel machine new|show|restart|systems: simulated machines.
 #include <cstdio>
 
 #include "commands.h"
@@ -17,6 +17,7 @@ void AddMachineCommands(CLI::App&, Session&) {}
 
 #include "platform/platform.h"
 #include "platform/simulated/machine.h"
+#include "platform/simulated/restart.h"
 #include "system_view.h"
 
 namespace pikel::cli {
@@ -194,6 +195,32 @@ void Show(Session& session, const MachineOptions& options) {
     session.Print(machine, [&] { PrintMachine(machine); });
 }
 
+void RestartMachine(Session& session, const MachineOptions& options) {
+    if (!options.folder.empty()) {
+        session.machineFolder = options.folder;
+    }
+    session.RequireMachine();
+    nlohmann::json json = nlohmann::json::array();
+    for (const simulated::RestartStep& step : simulated::Restart(simulated::Current())) {
+        json.push_back(
+            {{"source", Utf8(step.source.c_str())},
+             {"target", step.target.empty() ? nlohmann::json(nullptr) : nlohmann::json(Utf8(step.target.c_str()))},
+             {"code", step.code}});
+    }
+    session.Print(json, [&] {
+        for (const nlohmann::json& step : json) {
+            const std::string source = step["source"];
+            const DWORD code = step["code"];
+            std::printf("%s%s", step["target"].is_null() ? "deleted " : "placed ", source.c_str());
+            if (!step["target"].is_null()) {
+                std::printf(" as %s", step["target"].get<std::string>().c_str());
+            }
+            std::printf(code == 0 ? "\n" : ": failed, %u\n", static_cast<unsigned>(code));
+        }
+        std::printf("restarted\n");
+    });
+}
+
 }  // namespace
 
 void AddMachineCommands(CLI::App& app, Session& session) {
@@ -208,6 +235,10 @@ void AddMachineCommands(CLI::App& app, Session& session) {
     CLI::App* show = noun->add_subcommand("show", "Show what is on a machine");
     show->add_option("DIR", options->folder, "Folder; without it --machine or PIKEL_MACHINE");
     show->callback([&session, options] { Show(session, *options); });
+
+    CLI::App* restart = noun->add_subcommand("restart", "Carry out what waits for the machine's next start");
+    restart->add_option("DIR", options->folder, "Folder; without it --machine or PIKEL_MACHINE");
+    restart->callback([&session, options] { RestartMachine(session, *options); });
 
     noun->add_subcommand("systems", "List the systems that a machine can be made for")->callback([&session] {
         ListSystems(session);

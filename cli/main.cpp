@@ -1,5 +1,5 @@
 // pikel: drives the library from a command line. Results go to standard output, diagnostics to standard error.
-// Exit codes: 0 done, 1 failed, 2 wrong usage.
+// Exit codes: 0 done, 1 failed, 2 wrong usage, 3 done but a restart is needed.
 #include <cstdio>
 #include <exception>
 
@@ -28,7 +28,7 @@ void AddGlobalOptions(CLI::App& app, Session& session) {
     app.require_subcommand(1);
     app.fallthrough();
     app.footer(
-        "Exit codes: 0 done, 1 failed, 2 wrong usage.\n"
+        "Exit codes: 0 done, 1 failed, 2 wrong usage, 3 done but a restart is needed.\n"
         "`pikel NOUN --help` lists a noun's verbs, `pikel NOUN VERB --help` their options.");
 }
 
@@ -63,10 +63,13 @@ int Main(int argc, char** argv) {
     AddPortCommands(app, session);
     AddPrinterCommands(app, session);
     AddDefaultCommands(app, session);
+    AddFileCommands(app, session);
+    AddCabinetCommands(app, session);
+    AddMonitorCommands(app, session);
     AddMachineCommands(app, session);
     try {
         app.parse(argc, argv);
-        return 0;
+        return session.ExitCode();
     } catch (const CLI::ParseError& error) {
         return app.exit(error) == 0 ? 0 : 2;
     } catch (const OperationFailed& failure) {

@@ -43,7 +43,19 @@ DWORD ArchitectureOf(DWORD platform, DWORD major, DWORD processorType) {
 
 }  // namespace
 
-Session::~Session() = default;
+Session::~Session() {
+    m_library.reset();
+#ifndef _WIN32
+    if (m_machine) {
+        simulated::Use(nullptr);
+        m_machine.reset();
+    }
+#endif
+    if (!m_scratchFolder.empty()) {
+        std::error_code ignored;
+        std::filesystem::remove_all(m_scratchFolder, ignored);
+    }
+}
 
 void Session::Check(const char* operation, DWORD status, DWORD prefix) {
     if (status != 0) {
@@ -74,6 +86,18 @@ std::string Session::PathFor(const std::string& file) {
         throw ToolError(file + ": not a usable path");
     }
     return path;
+}
+
+std::string Session::FolderFor(const std::string& folder) {
+    std::string path = PathFor(folder);
+    while (path.size() > 3 && path.back() == '\\') {
+        path.pop_back();
+    }
+    return path;
+}
+
+void Session::UseSomeMachine() {
+    RequireMachine();
 }
 
 void Session::RequireMachine() {
@@ -122,6 +146,36 @@ std::string Session::PathFor(const std::string& file) {
     return "D:\\" + path.filename().string();
 }
 
+std::string Session::FolderFor(const std::string& folder) {
+    if (HasDriveLetter(folder)) {
+        return folder;
+    }
+    std::error_code error;
+    const std::filesystem::path path = std::filesystem::absolute(folder, error);
+    if (error || !std::filesystem::is_directory(path, error)) {
+        throw ToolError(folder + ": no such folder; a path of the machine begins with its drive, as in C:\\Temp");
+    }
+    m_mediumFolder = path.string();
+    return "D:";
+}
+
+void Session::UseSomeMachine() {
+    if (machineFolder.empty() && std::getenv("PIKEL_MACHINE") == nullptr) {
+        std::string pattern = (std::filesystem::temp_directory_path() / "pikel-machine-XXXXXX").string();
+        if (mkdtemp(pattern.data()) == nullptr) {
+            throw ToolError("can't make a folder in " + std::filesystem::temp_directory_path().string());
+        }
+        m_scratchFolder = pattern;
+        machineFolder = m_scratchFolder + "/machine";
+        const simulated::SystemDescription* system = simulated::FindSystem(targetSystem.empty() ? "xp" : targetSystem);
+        if (system == nullptr) {
+            throw ToolError("--for " + targetSystem + ": no such system; `pikel machine systems` lists them");
+        }
+        simulated::Machine::Create(machineFolder, *system);
+    }
+    RequireMachine();
+}
+
 void Session::RequireMachine() {
     const char* named = std::getenv("PIKEL_MACHINE");
     if (machineFolder.empty() && named != nullptr) {
@@ -133,9 +187,14 @@ void Session::RequireMachine() {
             "in PIKEL_MACHINE");
     }
     try {
-        std::shared_ptr<simulated::Machine> machine = simulated::Machine::Open(machineFolder);
-        simulated::Use(machine.get());
-        m_machine = std::move(machine);
+        if (!m_machine) {
+            std::shared_ptr<simulated::Machine> machine = simulated::Machine::Open(machineFolder);
+            simulated::Use(machine.get());
+            m_machine = std::move(machine);
+        }
+        if (!m_mediumFolder.empty()) {
+            simulated::Current().Files().InsertMedium(m_mediumFolder);
+        }
     } catch (const simulated::MachineError& problem) {
         throw ToolError(problem.what());
     }

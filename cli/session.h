@@ -33,10 +33,21 @@ class Session {
     /// path with a drive letter is the machine's own. On Windows the full path. Throws ToolError for a missing file.
     std::string PathFor(const std::string& file);
 
+    /// The same for a folder; the result has no backslash at its end.
+    std::string FolderFor(const std::string& folder);
+
     /// Throws ToolError, with what to do, unless a machine is named. On Windows the system itself is the machine.
     void RequireMachine();
 
+    /// The named machine, or without one a fresh machine that goes with the session: for questions that change nothing
+    /// which a person would want to keep. Call it behind PathFor.
+    void UseSomeMachine();
+
     Target TargetSystem();
+
+    /// Notes that the work is done once the system restarts: exit code 3.
+    void NoteRestart() { m_exitCode = 3; }
+    int ExitCode() const { return m_exitCode; }
 
     /// Prints a result: the JSON with --json, else what the function prints.
     void Print(const nlohmann::json& json, const std::function<void()>& asText) const;
@@ -51,7 +62,9 @@ class Session {
   private:
     void PrepareEnvironment() const;
 
+    int m_exitCode = 0;
     std::string m_mediumFolder;
+    std::string m_scratchFolder;      ///< holds the session's own machine
     std::shared_ptr<void> m_machine;  ///< the simulated machine, for what the tool itself asks it
     std::unique_ptr<Library> m_library;
 };
