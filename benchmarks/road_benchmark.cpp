@@ -7,6 +7,7 @@
 
 #include "frame/log.h"
 #include "frame/pikel.h"
+#include "inf/inf_search.h"
 #include "support.h"
 
 namespace pikel {
@@ -54,6 +55,45 @@ void BuildOneRecord(benchmark::State& state) {
     }
 }
 BENCHMARK(BuildOneRecord)->Arg(1)->Arg(100)->Arg(10000)->Unit(benchmark::kMicrosecond);
+
+/// The room that the files of all models take.
+void SizeOfAllModels(benchmark::State& state) {
+    FreshMachine machine;
+    machine->Files().Write(kInf, MakeInf(state.range(0)));
+    std::string models;
+    for (std::int64_t model = 0; model < state.range(0); ++model) {
+        models += benchmarks::ModelName(model) + '\0';
+    }
+    models += '\0';
+    for (auto _ : state) {
+        DWORD total = 0;
+        DWORD shared = 0;
+        if (Table().PI_KEL_GetCopyDriverFilesSize(kInf, models.c_str(), &total, &shared, 2, 3, 5, 1) != 0) {
+            state.SkipWithError("no sizes");
+        }
+    }
+    state.counters["per_model"] =
+        benchmark::Counter(static_cast<double>(state.range(0)),
+                           benchmark::Counter::kIsIterationInvariantRate | benchmark::Counter::kInvert);
+}
+BENCHMARK(SizeOfAllModels)->Arg(100)->Arg(1000)->Arg(5000)->Unit(benchmark::kMillisecond);
+
+/// As many wanted model names against as many held ones, in the opposite order.
+void FindNamesAmongNames(benchmark::State& state) {
+    FreshMachine machine;
+    StringList wanted;
+    StringList held;
+    for (std::int64_t i = 0; i < state.range(0); ++i) {
+        wanted.Append(benchmarks::ModelName(i));
+        held.Append(benchmarks::ModelName(state.range(0) - 1 - i));
+    }
+    for (auto _ : state) {
+        if (CheckDriverNameFromINF(wanted, held) != 1) {
+            state.SkipWithError("a name is missing");
+        }
+    }
+}
+BENCHMARK(FindNamesAmongNames)->Arg(100)->Arg(1000)->Arg(10000)->Unit(benchmark::kMillisecond);
 
 UINT CALLBACK GoOn(PVOID, UINT, UINT_PTR, UINT_PTR) {
     return FILEOP_DOIT;
