@@ -1,7 +1,6 @@
 // The search for installed INFs, and the comparisons between INFs.
 #include "inf/inf_search.h"
 
-
 #include "support/inf_test.h"
 
 namespace pikel {
