@@ -2,8 +2,9 @@
  * Prints everything that the reading operations of the table say of INFs, for every version and architecture, so that
  * the answers of two builds of the library can be compared line by line.
  *
- *     queries LIBRARY INF...
+ *     queries LIBRARY FILE...
  *
+ * A file is an INF, or a program file (.dll) of which the version is asked.
  * Paths are printed in lower case: systems spell their folders differently.
  */
 #include <ctype.h>
@@ -74,6 +75,24 @@ static void AskInf(const PI_KEL_Interface* table, const char* inf) {
     PrintStatus("GetCATFileInfo", table->PI_KEL_GetCATFileInfo(inf, &number, text));
     PrintNumber("catalog", number);
     PrintText("file", text);
+}
+
+/* ---- one program file -------------------------------------------------------------------------------------------- */
+
+static int IsProgram(const char* path) {
+    const size_t length = strlen(path);
+    return length > 4 && strcmp(path + length - 4, ".dll") == 0;
+}
+
+static void AskVersion(const PI_KEL_Interface* table, const char* path) {
+    static const char* versions[] = {"0.9", "1.0", "1", "1.00.7", "1.1", "2", "", "none"};
+    char text[64] = "";
+    size_t i;
+    PrintStatus("GetDriverFileVersion", table->PI_KEL_GetDriverFileVersion(path, text, sizeof text));
+    PrintText("version", text);
+    for (i = 0; i < sizeof versions / sizeof *versions; ++i) {
+        PrintNumber(versions[i], table->PI_KEL_CheckDriverFileVersion(path, versions[i], NULL, 0));
+    }
 }
 
 /* ---- one model --------------------------------------------------------------------------------------------------- */
@@ -189,7 +208,7 @@ int main(int argc, char** argv) {
     int i;
     size_t version;
     if (argc < 3) {
-        fprintf(stderr, "usage: queries LIBRARY INF...\n");
+        fprintf(stderr, "usage: queries LIBRARY FILE...\n");
         return 2;
     }
     table = Load(argv[1]);
@@ -201,6 +220,10 @@ int main(int argc, char** argv) {
     for (i = 2; i < argc; ++i) {
         const char* name = strrchr(argv[i], '\\') == NULL ? argv[i] : strrchr(argv[i], '\\') + 1;
         sprintf(g_place, "%.200s", name);
+        if (IsProgram(argv[i])) {
+            AskVersion(table, argv[i]);
+            continue;
+        }
         AskInf(table, argv[i]);
         for (version = 0; version < sizeof versions / sizeof *versions; ++version) {
             Target target = {1, versions[version][0], versions[version][1]};
