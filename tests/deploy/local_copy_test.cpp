@@ -43,6 +43,17 @@ class LocalCopyTest : public MachineTest {
         return texts;
     }
 
+    /// Gives the plain model a file whose name has a length.
+    void Begin(std::size_t length) {
+        const std::string name(length, 'n');
+        std::string inf = kAuroraInf;
+        inf.replace(inf.find("[PLAIN.Files]\nNLPLAIN.DLL"), 25, "[PLAIN.Files]\n" + name);
+        WriteFileOn(Machine(), kAuroraPath, inf);
+        if (length < 250) {
+            WriteFileOn(Machine(), "C:\\Package\\" + name, "x");
+        }
+    }
+
     LocalFileRecord* m_records = nullptr;
     DWORD m_count = 77;
     DWORD m_size = 77;
@@ -170,6 +181,21 @@ TEST_F(LocalCopy, ArgumentsAreRequired) {
               0x901b0002u);
     EXPECT_THAT(Test().TakeLog(), ::testing::Not(Contains("DoCopyInfDriverFilesToLocal Start")))
         << "the copy isn't entered";
+}
+
+TEST_F(LocalCopy, TextsOfARecordAreCutAtItsEnd) {
+    for (std::size_t length : {100u, 240u}) {
+        Begin(length);
+        EXPECT_EQ(Copy("Aurora Plain"), 0u) << length;
+        ASSERT_EQ(m_count, 1u);
+        EXPECT_EQ(std::string(m_records[0].szFileName).size(), length);
+    }
+    // No file of Windows has such a name, and what follows it in the record stays whole.
+    for (std::size_t length : {259u, 260u, 261u}) {
+        Begin(length);
+        EXPECT_NE(Copy("Aurora Plain"), 0u) << length;
+        EXPECT_EQ(m_count, 0u);
+    }
 }
 
 // ---- sizes ----------------------------------------------------------------------------------------------------------

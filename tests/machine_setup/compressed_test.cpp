@@ -85,5 +85,23 @@ TEST_F(CompressedFile, ThatIsDamagedIsRefused) {
     }
 }
 
+TEST_F(CompressedFile, OfAMediumIsExpandedWhereItIsInstalled) {
+    WriteFileOn(Machine(), "C:\\new\\a.dl_", MakeCabinet({{"a.dll", std::string(3000, 'n')}}));
+    WriteFileOn(Machine(), "C:\\new\\b.dl_", "no cabinet");
+    WriteFileOn(Machine(), "C:\\old.dll", "old");
+    const auto install = [](const char* source, const char* target) {
+        BOOL wasInUse = FALSE;
+        return Platform().SetupInstallFileExA(nullptr, nullptr, source, "C:\\new", target, SP_COPY_SOURCEPATH_ABSOLUTE,
+                                              nullptr, nullptr, &wasInUse)
+                   ? DWORD{0}
+                   : Platform().GetLastError();
+    };
+    EXPECT_EQ(install("a.dll", "C:\\old.dll"), 0u);
+    EXPECT_EQ(ReadFileOn(Machine(), "C:\\old.dll"), std::string(3000, 'n'));
+    EXPECT_EQ(install("b.dll", "C:\\old.dll"), DWORD{ERROR_INVALID_DATA});
+    EXPECT_EQ(ReadFileOn(Machine(), "C:\\old.dll"), std::string(3000, 'n'));
+    EXPECT_EQ(install("c.dll", "C:\\old.dll"), DWORD{ERROR_FILE_NOT_FOUND});
+}
+
 }  // namespace
 }  // namespace pikel

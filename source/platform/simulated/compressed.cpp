@@ -150,6 +150,21 @@ Compression CompressionOf(std::string_view bytes) {
     return bytes.starts_with(std::string_view("SZDD\x88\xF0\x27\x33", 8)) ? Compression::Szdd : Compression::None;
 }
 
+std::string CompressedName(const std::string& path) {
+    const std::size_t separator = path.find_last_of("\\/:");
+    const std::size_t dot = path.rfind('.');
+    if (dot == std::string::npos || (separator != std::string::npos && dot < separator)) {
+        return path + "._";
+    }
+    std::string name = path;
+    if (path.size() - dot > 3) {
+        name.back() = '_';
+    } else {
+        name += '_';
+    }
+    return name;
+}
+
 bool WalkCabinet(std::string_view bytes,
                  const std::function<bool(const CabinetEntry& entry,
                                           const std::function<std::optional<std::string>()>& expand)>& visit) {

@@ -25,6 +25,10 @@ enum class Compression { None, Szdd, Cabinet };
 /// By the bytes at the file's start.
 Compression CompressionOf(std::string_view bytes);
 
+/// The name under which a medium has a compressed file: "name.dl_" for "name.dll", "name.x_" for "name.x", "name._" for
+/// "name".
+std::string CompressedName(const std::string& path);
+
 /// Walks the files of a cabinet.
 /// @param visit  called for each file with a function that expands it (nothing when it is damaged); false ends the walk
 /// @return false for bytes that are no whole cabinet

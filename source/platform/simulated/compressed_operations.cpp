@@ -37,22 +37,6 @@ DWORD ReadWhole(Machine& machine, const char* path, std::string& bytes) {
     return ERROR_SUCCESS;
 }
 
-/// "name.dl_" for "name.dll", "name.x_" for "name.x", "name._" for "name".
-std::string CompressedName(const std::string& path) {
-    const std::size_t separator = path.find_last_of("\\/:");
-    const std::size_t dot = path.rfind('.');
-    if (dot == std::string::npos || (separator != std::string::npos && dot < separator)) {
-        return path + "._";
-    }
-    std::string name = path;
-    if (path.size() - dot > 3) {
-        name.back() = '_';
-    } else {
-        name += '_';
-    }
-    return name;
-}
-
 /// Reads a file under its name or else under its compressed one.
 DWORD ReadSource(Machine& machine, const char* path, std::string& actualPath, std::string& bytes) {
     DWORD code = ReadWhole(machine, path, bytes);

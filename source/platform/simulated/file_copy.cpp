@@ -6,6 +6,7 @@
 #include <optional>
 #include <string_view>
 
+#include "platform/simulated/compressed.h"
 #include "platform/simulated/directory_ids.h"
 #include "platform/simulated/machine.h"
 #include "platform/simulated/operations.h"
@@ -78,6 +79,24 @@ bool KeepsTarget(const FileCopy& copy, bool targetExists, const QueueCallback& c
 
 // ---- placing --------------------------------------------------------------------------------------------------------
 
+/// Copies a file, or expands one that lies under its compressed name.
+DWORD CopyOrExpand(Files& files, const FileCopy& copy) {
+    if (files.Exists(copy.source)) {
+        return files.Copy(copy.source, copy.target, false);
+    }
+    const std::optional<std::string> bytes = files.Read(CompressedName(copy.source));
+    const std::optional<std::string> expanded = bytes ? Expand(*bytes) : std::nullopt;
+    return expanded ? files.Write(copy.target, *expanded) : static_cast<DWORD>(ERROR_INVALID_DATA);
+}
+
+/// Code with which a source can be read, under its own name or its compressed one.
+DWORD CheckSource(const Files& files, const std::string& path) {
+    const DWORD code = files.CheckOpen(path, GENERIC_READ, FILE_SHARE_READ);
+    const bool isCompressed = code == ERROR_FILE_NOT_FOUND &&
+                              files.CheckOpen(CompressedName(path), GENERIC_READ, FILE_SHARE_READ) == ERROR_SUCCESS;
+    return isCompressed ? static_cast<DWORD>(ERROR_SUCCESS) : code;
+}
+
 /// Copies over a target that may be read-only. The target keeps its mark; a source's mark doesn't go with the file, for
 /// what comes from a disc is always read-only.
 DWORD Overwrite(Machine& machine, const FileCopy& copy) {
@@ -89,7 +108,7 @@ DWORD Overwrite(Machine& machine, const FileCopy& copy) {
             return code;
         }
     }
-    const DWORD code = files.Copy(copy.source, copy.target, false);
+    const DWORD code = CopyOrExpand(files, copy);
     const DWORD after = files.Attributes(copy.target);
     if (after != INVALID_FILE_ATTRIBUTES) {
         const DWORD mark = FILE_ATTRIBUTE_READONLY;
@@ -170,7 +189,7 @@ DWORD Delay(Machine& machine, const FileCopy& copy, std::string& waiting) {
 DWORD PlaceFile(Machine& machine, const FileCopy& copy, const QueueCallback& callback, CopyOutcome& outcome,
                 std::string& waiting) {
     outcome = CopyOutcome::Kept;
-    DWORD code = machine.Files().CheckOpen(copy.source, GENERIC_READ, FILE_SHARE_READ);
+    DWORD code = CheckSource(machine.Files(), copy.source);
     if (code != ERROR_SUCCESS) {
         return code;
     }
