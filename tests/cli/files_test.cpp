@@ -183,17 +183,16 @@ TEST_F(ToolFiles, DriverInUseAndHardwareIdAreAskedFor) {
 }
 
 TEST_F(ToolFiles, QuestionsLeaveNothingBehind) {
-    const auto machines = [] {
-        int count = 0;
-        for (const auto& entry : fs::directory_iterator(fs::temp_directory_path())) {
-            count += entry.path().filename().string().starts_with("pikel-machine-") ? 1 : 0;
-        }
-        return count;
-    };
-    const int before = machines();
-    EXPECT_EQ(Run("inf files --model 'Aurora Laser 500' " + Sample("xp/aurora.inf")).exitCode, 0);
-    EXPECT_EQ(Run("inf files --model 'Nobody' " + Sample("xp/aurora.inf")).exitCode, 1);
-    EXPECT_EQ(machines(), before);
+    // A folder for temporary files that no other test shares.
+    const fs::path temporary = m_folder / "temporary";
+    fs::create_directory(temporary);
+    setenv("TMPDIR", temporary.c_str(), 1);
+    const Result known = Run("inf files --model 'Aurora Laser 500' " + Sample("xp/aurora.inf"));
+    const Result unknown = Run("inf files --model 'Nobody' " + Sample("xp/aurora.inf"));
+    unsetenv("TMPDIR");
+    EXPECT_EQ(known.exitCode, 0) << known.errors;
+    EXPECT_EQ(unknown.exitCode, 1);
+    EXPECT_TRUE(fs::is_empty(temporary));
 }
 
 }  // namespace
