@@ -610,20 +610,36 @@ struct SID_AND_ATTRIBUTES {
     PSID Sid;
     DWORD Attributes;
 };
+struct TOKEN_USER {
+    SID_AND_ATTRIBUTES User;
+};
 struct TOKEN_GROUPS {
     DWORD GroupCount;
     SID_AND_ATTRIBUTES Groups[1];
 };
+inline constexpr SID_IDENTIFIER_AUTHORITY SECURITY_NT_AUTHORITY = {{0, 0, 0, 0, 0, 5}};
 enum : DWORD {
+    SE_GROUP_MANDATORY = 1,
+    SE_GROUP_ENABLED_BY_DEFAULT = 2,
     SE_GROUP_ENABLED = 4,
     SE_GROUP_USE_FOR_DENY_ONLY = 16,
     SDDL_REVISION_1 = 1,
     SECURITY_BUILTIN_DOMAIN_RID = 0x20,
     DOMAIN_ALIAS_RID_ADMINS = 0x220,
+    OWNER_SECURITY_INFORMATION = 1,
+    GROUP_SECURITY_INFORMATION = 2,
+    DACL_SECURITY_INFORMATION = 4,
+    SACL_SECURITY_INFORMATION = 8,
+    ERROR_UNKNOWN_REVISION = 1305,
+    ERROR_NONE_MAPPED = 1332,
+    ERROR_INVALID_ACL = 1336,
+    ERROR_INVALID_SID = 1337,
+    ERROR_INVALID_SECURITY_DESCR = 1338,
 };
 
 // ---- winspool.h, levels that only some operations use ---------------------------------------------------------------
-struct PRINTER_INFO_3A {
+/// The one level of a printer without a text, and so without an A form.
+struct PRINTER_INFO_3 {
     PSECURITY_DESCRIPTOR pSecurityDescriptor;
 };
 struct PRINTER_INFO_7A {
@@ -640,6 +656,7 @@ enum : DWORD {
     DSPRINT_PUBLISH = 1,
     DSPRINT_UPDATE = 2,
     DSPRINT_UNPUBLISH = 4,
+    DSPRINT_REPUBLISH = 8,
     DSPRINT_PENDING = 0x80000000,
     DPD_DELETE_UNUSED_FILES = 1,
     DPD_DELETE_SPECIFIC_VERSION = 2,
