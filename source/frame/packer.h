@@ -18,6 +18,8 @@ class PackSize {
         m_size = Aligned(m_size, alignof(Item)) + count * sizeof(Item);
     }
     void AddBytes(std::size_t count, std::size_t alignment = 1) { m_size = Aligned(m_size, alignment) + count; }
+    /// Bytes whose end lies at a multiple of the alignment.
+    void AddBytesUpTo(std::size_t count, std::size_t alignment) { m_size = Aligned(m_size + count, alignment); }
     /// A text with its NUL.
     void AddText(std::string_view text) { AddBytes(text.size() + 1); }
     /// A text that may be null, which takes nothing.
@@ -52,6 +54,10 @@ class Packer {
         char* place = m_begin + m_offset;
         m_offset += count;
         return place;
+    }
+    char* TakeBytesUpTo(std::size_t count, std::size_t alignment) {
+        m_offset = PackSize::Aligned(m_offset + count, alignment);
+        return m_begin + m_offset - count;
     }
     LPSTR Text(std::string_view text) {
         char* place = TakeBytes(text.size() + 1);

@@ -4,7 +4,7 @@
 
 #include <string>
 
-#include "platform/types.h"
+#include "platform/owned.h"
 
 namespace pikel {
 
@@ -36,14 +36,29 @@ inline LPCSTR PrinterDataKey(LPCSTR lpszKey) {
 /// @param lpszKey  null: the default key
 std::string PrinterKeyPath9x(LPCSTR lpszPrinterName, LPCSTR lpszKey);
 
+/// A value as it was read.
+struct PrinterValueData {
+    DWORD dwType = 0;  ///< registry type
+    HeapBlock data;    ///< dwSize bytes; may be empty for a value without data
+    DWORD dwSize = 0;  ///< bytes
+};
+
+/// Reads one value of a printer by the routine of the running system.
+/// @param lpszKey      key below the printer, or null for the default key. NT 4 ignores it.
+/// @param dwKind       ValueKind
+/// @param value [out]  what was read; of no meaning on failure
+/// @return 0; 87 for a null printer name; 2 for a kind of the other family or an unknown one; 8 without memory; else
+///         the code of the registry or the spooler. A text of a connection to a shared printer reads as 0 and nothing.
+DWORD GetPrinterData(LPCSTR lpszPrinterName, LPCSTR lpszKey, LPCSTR lpszValueName, DWORD dwKind,
+                     PrinterValueData& value);
+
 /// Writes one value of a printer by the routine of the running system.
 /// @param lpszKey  key below the printer, or null for the default key. NT 4 ignores it.
 /// @param dwType   registry type
 /// @param pData    cbData bytes; may be null before Windows 2000
 /// @param dwKind   ValueKind
 /// @return 0; 87 for a null name, or null data from Windows 2000 on; 2 for a kind of the other family or an unknown
-/// one;
-///         else the code of the registry or the spooler
+///         one; else the code of the registry or the spooler
 DWORD SetPrinterData(LPCSTR lpszPrinterName, LPCSTR lpszKey, LPCSTR lpszValueName, DWORD dwType, LPBYTE pData,
                      DWORD cbData, DWORD dwKind);
 
