@@ -60,7 +60,8 @@ DWORD CountGroups(const TOKEN_GROUPS& groups, DWORD cbGroups) {
 /// @return 1 when it is there; 0 when it isn't, and when a step failed
 DWORD FindAdministrators(HANDLE hToken, DWORD cbGroups) {
     const HeapBlock block = AllocateHeap(cbGroups);
-    if (!block || !Platform().GetTokenInformation(hToken, TokenGroups, block.Get(), cbGroups, &cbGroups)) {
+    DWORD cbRead = 0;
+    if (!block || !Platform().GetTokenInformation(hToken, TokenGroups, block.Get(), cbGroups, &cbRead)) {
         return 0;
     }
     const OwnedSid administrators = AdministratorsSid();
@@ -68,7 +69,7 @@ DWORD FindAdministrators(HANDLE hToken, DWORD cbGroups) {
         return 0;
     }
     auto& groups = *static_cast<TOKEN_GROUPS*>(block.Get());
-    const DWORD dwCount = CountGroups(groups, cbGroups);
+    const DWORD dwCount = CountGroups(groups, std::min(cbRead, cbGroups));
     DWORD dwFound = 0;
     // Attributes don't count: under User Account Control an administrator's group is there to deny alone, and yet the
     // user is one. The walk goes on behind a match.
