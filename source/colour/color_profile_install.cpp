@@ -3,6 +3,7 @@
 
 #include <string>
 
+#include "colour/colour_library.h"
 #include "colour/profile_registry.h"
 #include "driver/look_ups.h"
 #include "frame/log.h"
@@ -13,11 +14,6 @@
 namespace pikel {
 
 namespace {
-
-constexpr char kColourLibrary[] = "mscms.dll";
-constexpr DWORD kSystemWide = 0;  // WCS_PROFILE_MANAGEMENT_SCOPE_SYSTEM_WIDE
-constexpr int kWideProfileSize = 520;
-constexpr int kWideDeviceSize = 1040;
 
 /// Texts and names of one of the routines that go through the colour library. The formats take a name and a code, and
 /// a code.
@@ -51,20 +47,6 @@ DWORD ForEachProfile(const LibraryRoutine& routine, const LPSTR* ppszProfiles, D
     }
     WriteLogDetail(routine.lpszEnd, dwStatus);
     return dwStatus;
-}
-
-/// Fills a cleared wide buffer, which keeps a NUL behind the size given. A text that is too long is cut.
-void FillWide(LPCSTR lpszText, LPWSTR lpwszBuffer, int nSize) {
-    Platform().MultiByteToWideChar(Platform().GetACP(), 0, TextOrEmpty(lpszText), -1, lpwszBuffer, nSize);
-}
-
-BOOL AssociateWide(looked_up::WcsAssociateColorProfileWithDevice pfnAssociate, LPCSTR lpszProfile,
-                   LPCSTR lpszPrinterName) {
-    WCHAR wszProfile[kWideProfileSize] = {};
-    WCHAR wszDevice[kWideDeviceSize] = {};
-    FillWide(lpszProfile, wszProfile, kWideProfileSize - 1);
-    FillWide(lpszPrinterName, wszDevice, kWideDeviceSize - 1);
-    return pfnAssociate(kSystemWide, wszProfile, wszDevice);
 }
 
 using InstallRoutine = DWORD (*)(const LPSTR*, DWORD);
@@ -147,7 +129,8 @@ DWORD AddColorProfileVista(LPCSTR lpszPrinterName, const LPSTR* ppszProfiles, DW
                                                 "AddColorProfileVista() - End(%d)"};
     return ForEachProfile<looked_up::WcsAssociateColorProfileWithDevice>(
         kRoutine, ppszProfiles, dwCount, [&](auto pfnAssociate, LPCSTR lpszProfile) {
-            return AssociateWide(pfnAssociate, lpszProfile, lpszPrinterName);
+            const WideColourNames names(lpszProfile, lpszPrinterName);
+            return pfnAssociate(kSystemWide, names.Profile(), names.Device());
         });
 }
 

@@ -40,7 +40,7 @@ int CALLBACK TakeProfile(LPSTR lpszProfile, LPARAM lParam) {
 
 void CollectPrinterProfiles(LPCSTR lpszPrinterName, StringList& profiles) {
     profiles.Clear();
-    const DeviceContext context(Platform().CreateICA(kPrinterDriver, TextOrEmpty(lpszPrinterName), nullptr, nullptr));
+    const DeviceContext context(Platform().CreateICA(kPrinterDriver, lpszPrinterName, nullptr, nullptr));
     if (!context) {
         return;
     }

@@ -9,7 +9,6 @@ namespace pikel {
 /// Collects the profiles that are linked to a printer, as the system tells them: full paths, in its order, with
 /// repeats.
 ///
-/// @param lpszPrinterName  null counts as empty
 /// @param profiles [out]   emptied first; stays empty for a printer that gives no information context
 void CollectPrinterProfiles(LPCSTR lpszPrinterName, StringList& profiles);
 
