@@ -5,12 +5,13 @@
 #include <vector>
 
 #include "colour/color_profile_install.h"
+#include "driver/driver_records.h"
 #include "driver/language_monitor.h"
 #include "driver/look_ups.h"
+#include "driver/spooler_service.h"
 #include "frame/architecture.h"
 #include "frame/log.h"
 #include "frame/os_route.h"
-#include "frame/service.h"
 #include "frame/text.h"
 #include "platform/owned.h"
 
@@ -18,29 +19,12 @@ namespace pikel {
 
 namespace {
 
-/// What the 9x spooler takes as the version of its own drivers.
-constexpr DWORD kSpoolerVersion9x = 0x400;
 constexpr DWORD kVersionNt4 = 2;
 constexpr DWORD kVersion2000 = 3;
 constexpr DWORD kWaitAfterRestart = 100;     // milliseconds
 constexpr DWORD kWaitBeforeSecondTry = 200;  // milliseconds
 
 // ---- steps shared by the routines -----------------------------------------------------------------------------------
-
-/// Does something with the spooler's service. Failures are logged and end nothing: the call that follows decides.
-/// @param lpszFailure  log format of a failure, for the service's name and the code
-void WithSpoolerService(DWORD (*pfnAction)(const ServiceHandles&), LPCSTR lpszFailure) {
-    ServiceHandles handles;
-    DWORD dwCode = OpenServiceHandles(handles, kSpooler, kManagerAccess, kServiceAccess);
-    if (dwCode != 0) {
-        WriteLog("Service(%s).Open Error(%d)", kSpooler, dwCode);
-        return;
-    }
-    dwCode = pfnAction(handles);
-    if (dwCode != 0) {
-        WriteLog(lpszFailure, kSpooler, dwCode);
-    }
-}
 
 /// Registers the language monitor; after a failure once more, with a restarted spooler.
 /// @param lpszRoutine  name of the routine in the log
@@ -49,7 +33,10 @@ DWORD AddMonitorWithRestart(const MONITOR_INFO_2A& monitorInfo, LPCSTR lpszRouti
         return 0;
     }
     WriteLog("%s - Service(%s).ReStart", lpszRoutine, kSpooler);
-    WithSpoolerService(&Win32RestartService, "Service(%s).ReStart Error(%d)");
+    {
+        ServiceHandles handles;
+        WithSpoolerService(handles, &Win32RestartService, "Service(%s).ReStart Error(%d)");
+    }
     Platform().Sleep(kWaitAfterRestart);
     return AddLanguageMonitor(&monitorInfo);
 }
@@ -69,7 +56,8 @@ DWORD AddWithRetry(Add fnAdd, LPCSTR lpszRoutine, LPCSTR lpszFailure) {
     // count on a failed call (1726) not starting the service. Don't mend it.
     if (dwCode == RPC_S_SERVER_UNAVAILABLE || dwStatus == RPC_S_CALL_FAILED) {
         WriteLog("%s - Service(%s).Start", lpszRoutine, kSpooler);
-        WithSpoolerService(&Win32StartService, "Service(%s).Start Error(%d)");
+        ServiceHandles handles;
+        WithSpoolerService(handles, &Win32StartService, "Service(%s).Start Error(%d)");
     }
     Platform().Sleep(kWaitBeforeSecondTry);
     if (!fnAdd()) {

@@ -23,7 +23,7 @@ class CDeleteDriverFile {
     /// @param pstrMonitorName [out]      its language monitor; empty for none
     /// @param pstrMonitorFile [out]      that monitor's DLL; empty for none and for one that can't be told
     /// @param pOtherMonitorFiles [out]   monitor DLLs of the others
-    /// @return 0, or the code of the enumeration
+    /// @return 0, or the code of the enumeration; then all that is wanted is empty
     DWORD GetFileList(DWORD dwVersion, LPCSTR lpszEnvironment, LPCSTR lpszName, StringList* pDeleteFiles,
                       StringList* pOtherFiles, std::string* pstrMonitorName, std::string* pstrMonitorFile,
                       StringList* pOtherMonitorFiles);
@@ -43,6 +43,9 @@ class CDeleteDriverFile {
                             const StringList* pOtherFiles, const StringList* pOtherMonitorFiles,
                             const std::string* pstrMonitorFile);
 };
+
+/// DriverArchitecture of a driver that goes. For versions 2 and 3 the log tells it with the processor.
+LPCSTR EnvironmentOfDeletion(DWORD dwVersion, DWORD dwProcessor);
 
 // The routines of the tables. All take one file name without a folder and give 87 for a null one.
 DWORD DeleteDriverFile9x(DWORD dwVersion, LPCSTR lpszEnvironment, LPCSTR lpszFile);

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <string>
 
+#include "driver/driver_records.h"
 #include "driver/look_ups.h"
 #include "frame/log.h"
 #include "frame/os_identity.h"
@@ -11,13 +12,11 @@
 #include "frame/string_list.h"
 #include "frame/text.h"
 #include "platform/owned.h"
-#include "printer/spooler_read.h"
 
 namespace pikel {
 
 namespace {
 
-constexpr DWORD kSpoolerVersion9x = 0x400;  // what the spooler reports for 9x drivers, which count as version 0
 constexpr DWORD kVersion2000 = 3;
 constexpr DWORD kShortVersionInfo = 148;  // sizeof(OSVERSIONINFOA), without the service pack's fields
 constexpr std::size_t kPathSize = 260;    // bytes of a path, NUL included
@@ -39,17 +38,6 @@ LPCSTR OwnEnvironment() {
         return "Windows IA64";
     }
     return dwClass == CpuClassX86 ? "Windows NT x86" : nullptr;
-}
-
-/// Upper-cases ASCII letters in place; trail bytes of double-byte characters stay.
-void UpperCase(LPSTR lpszText) {
-    for (; *lpszText != '\0'; ++lpszText) {
-        if (Platform().IsDBCSLeadByte(static_cast<BYTE>(*lpszText)) && lpszText[1] != '\0') {
-            ++lpszText;
-        } else if (*lpszText >= 'a' && *lpszText <= 'z') {
-            *lpszText = static_cast<char>(*lpszText - 'a' + 'A');
-        }
-    }
 }
 
 /// Takes one file of a record into the list when the record is the named driver's.
@@ -92,20 +80,13 @@ DWORD GetHWIDFileList(DWORD dwVersion, LPCSTR lpszEnvironment, LPCSTR lpszDriver
                       std::string& strHardwareId) {
     HeapBlock drivers;
     DWORD dwCount = 0;
-    const DWORD dwStatus = ReadSpoolerBlock(drivers, [&](LPBYTE pBuffer, DWORD cbBuffer, LPDWORD pcbNeeded) {
-        return Platform().EnumPrinterDriversA(nullptr, const_cast<LPSTR>(lpszEnvironment), 6, pBuffer, cbBuffer,
-                                              pcbNeeded, &dwCount);
-    });
+    const DWORD dwStatus = EnumDriverRecords(lpszEnvironment, 6, drivers, &dwCount);
     strHardwareId.clear();
     if (dwStatus != 0 || !drivers) {
         return dwStatus;
     }
     auto* pDrivers = static_cast<DRIVER_INFO_6A*>(drivers.Get());
-    for (DWORD i = 0; i < dwCount; ++i) {
-        if (pDrivers[i].cVersion == kSpoolerVersion9x) {
-            pDrivers[i].cVersion = 0;
-        }
-    }
+    ReplaceSpoolerVersion9x(pDrivers, dwCount);
     TakeDriver(pDrivers, dwCount, dwVersion, lpszDriverName, files, strHardwareId);
     files.SortUnique();
     return dwStatus;
