@@ -582,6 +582,13 @@ enum : DWORD {
     RESOURCETYPE_ANY = 0,
     RESOURCETYPE_DISK = 1,
     RESOURCETYPE_PRINT = 2,
+    RESOURCEDISPLAYTYPE_GENERIC = 0,
+    RESOURCEDISPLAYTYPE_DOMAIN = 1,
+    RESOURCEDISPLAYTYPE_SERVER = 2,
+    RESOURCEDISPLAYTYPE_SHARE = 3,
+    RESOURCEDISPLAYTYPE_NETWORK = 6,
+    RESOURCEDISPLAYTYPE_TREE = 10,
+    RESOURCEDISPLAYTYPE_NDSCONTAINER = 11,
     RESOURCEUSAGE_CONNECTABLE = 1,
     RESOURCEUSAGE_CONTAINER = 2,
     WNNC_NET_LANMAN = 0x20000,
@@ -591,6 +598,18 @@ enum : DWORD {
     NERR_DuplicateShare = 2118,
     NERR_BufTooSmall = 2123,
     NERR_NetNameNotFound = 2310,
+};
+
+// ---- svrapi.h -------------------------------------------------------------------------------------------------------
+/// A share of the 9x family at level 50.
+struct share_info_50 {
+    char shi50_netname[13];
+    unsigned char shi50_type;
+    unsigned short shi50_flags;
+    char* shi50_remark;
+    char* shi50_path;
+    char shi50_rw_password[9];
+    char shi50_ro_password[9];
 };
 
 // ---- winnt.h, accctrl.h: tokens and SIDs ----------------------------------------------------------------------------

@@ -34,6 +34,10 @@ std::string_view KindName(HandleKind kind) {
             return "library";
         case HandleKind::DeviceContext:
             return "device context";
+        case HandleKind::NetworkEnumeration:
+            return "network enumeration";
+        case HandleKind::ComObject:
+            return "COM object";
     }
     return "handle";
 }

@@ -23,6 +23,8 @@ enum class HandleKind {
     Printer,
     Module,
     DeviceContext,
+    NetworkEnumeration,
+    ComObject,
 };
 
 class Handles {

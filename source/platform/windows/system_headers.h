@@ -16,6 +16,7 @@
 #include <sddl.h>
 #include <icm.h>
 #include <lmerr.h>
+#include <svrapi.h>
 
 #undef GetPrinterData
 #undef SetPrinterData
