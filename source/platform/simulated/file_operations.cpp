@@ -107,7 +107,10 @@ HANDLE WINAPI CreateFileA(LPCSTR lpFileName, DWORD dwDesiredAccess, DWORD dwShar
 }
 
 BOOL WINAPI CloseHandle(HANDLE hObject) {
-    return Outcome(Current().Handles().Close(HandleKind::File, hObject) ? ERROR_SUCCESS : ERROR_INVALID_HANDLE);
+    Handles& handles = Current().Handles();
+    const HandleKind kind =
+        handles.Find<void>(HandleKind::Token, hObject) != nullptr ? HandleKind::Token : HandleKind::File;
+    return Outcome(handles.Close(kind, hObject) ? ERROR_SUCCESS : ERROR_INVALID_HANDLE);
 }
 
 DWORD WINAPI SetFilePointer(HANDLE hFile, LONG lDistanceToMove, PLONG lpDistanceToMoveHigh, DWORD dwMoveMethod) {

@@ -38,6 +38,8 @@ std::string_view KindName(HandleKind kind) {
             return "network enumeration";
         case HandleKind::ComObject:
             return "COM object";
+        case HandleKind::Token:
+            return "token";
     }
     return "handle";
 }

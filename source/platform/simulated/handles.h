@@ -25,6 +25,7 @@ enum class HandleKind {
     DeviceContext,
     NetworkEnumeration,
     ComObject,
+    Token,  ///< closed by CloseHandle, as a file
 };
 
 class Handles {

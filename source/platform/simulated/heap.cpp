@@ -30,6 +30,8 @@ std::string_view KindName(BlockKind kind) {
             return "local block";
         case BlockKind::Bstr:
             return "BSTR";
+        case BlockKind::Sid:
+            return "SID";
     }
     return "block";
 }
@@ -146,7 +148,7 @@ class PointerTable {
 
 struct Heap::State {
     PointerTable blocks;
-    std::array<std::size_t, 3> openOfKind{};
+    std::array<std::size_t, 4> openOfKind{};
     std::size_t allocations = 0;
     // The allocation with this number fails, and with `persistent` all from it on.
     std::size_t failAt = SIZE_MAX;

@@ -1,5 +1,5 @@
-// Memory that the machine hands out by pointer: heap blocks, LocalAlloc blocks and BSTRs. A set of the live pointers
-// tells a leak, a double free and a wrong closer.
+// Memory that the machine hands out by pointer: heap blocks, LocalAlloc blocks, BSTRs and SIDs. A set of the live
+// pointers tells a leak, a double free and a wrong closer.
 #pragma once
 
 #include <cstddef>
@@ -8,7 +8,7 @@
 
 namespace pikel::simulated {
 
-enum class BlockKind { Heap, Local, Bstr };
+enum class BlockKind { Heap, Local, Bstr, Sid };
 
 class Heap {
   public:
