@@ -17,7 +17,7 @@ namespace {
 constexpr char kNetworkLibrary[] = "svrapi.dll";
 constexpr char kLanManKey[] = "SOFTWARE\\Microsoft\\Windows\\CurrentVersion\\Network\\LanMan";
 constexpr SHORT kLevel = 50;
-constexpr REGSAM kReadWrite = 0x2001F;  // KEY_READ | KEY_WRITE without a further SYNCHRONIZE
+constexpr REGSAM kReadWrite = KEY_READ | KEY_WRITE;  // 0x2001F
 
 /// The size that is told of a level 50 structure, also to a library for which it is smaller.
 constexpr WORD kShareInfoSize = 56;
