@@ -20,6 +20,14 @@ struct SentMessage {
     UINT timeout = 0;
 };
 
+/// What the shell was told by SHChangeNotify.
+struct ShellChange {
+    LONG event = 0;
+    UINT flags = 0;
+    std::string item1;  ///< texts of paths and printers; empty for null and for items of other kinds
+    std::string item2;
+};
+
 class Desktop {
   public:
     /// Opens a top-level window with a title.
@@ -31,6 +39,8 @@ class Desktop {
 
     /// Everything that was taken so far, broadcasts (window 0xFFFF) among it.
     std::vector<SentMessage> sent;
+    /// What the shell was told so far.
+    std::vector<ShellChange> shellChanges;
     /// What OutputDebugStringA got.
     std::vector<std::string> debugOutput;
     /// The thread's queue: PeekMessageA takes from it, DispatchMessageA appends to `dispatched`.

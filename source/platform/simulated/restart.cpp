@@ -6,6 +6,7 @@
 
 #include "platform/simulated/machine.h"
 #include "platform/simulated/profiles.h"
+#include "platform/simulated/shares.h"
 
 namespace pikel::simulated {
 
@@ -90,6 +91,8 @@ std::vector<RestartStep> Restart(Machine& machine) {
     for (RestartStep& step : steps) {
         step.code = Carry(machine.Files(), step);
     }
+    Shares(machine).StartAnew();
+    machine.Commit();
     if (machine.System().restartPending) {
         SystemDescription system = machine.System();
         system.restartPending = false;

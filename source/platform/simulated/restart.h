@@ -18,7 +18,8 @@ struct RestartStep {
     DWORD code = 0;      ///< how it went
 };
 
-/// Carries out what waits, in its order, and forgets it. A step that fails is told and lost, as on Windows.
+/// Carries out what waits, in its order, and forgets it; the 9x family shares what it starts with. A step that fails is
+/// told and lost, as on Windows.
 std::vector<RestartStep> Restart(Machine& machine);
 
 }  // namespace pikel::simulated

@@ -117,4 +117,8 @@ DWORD Shares::Remove(std::string_view name) {
     return ERROR_SUCCESS;
 }
 
+void Shares::StartAnew() {
+    m_machine.Registry().DeleteKey(kMemoryKey);
+}
+
 }  // namespace pikel::simulated

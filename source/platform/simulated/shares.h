@@ -45,6 +45,8 @@ class Shares {
     DWORD Change(std::string_view name, const Share& share);
     /// @return 0, or 2310 for an unknown one
     DWORD Remove(std::string_view name);
+    /// The system's start: what is shared then is what it starts with. The caller commits.
+    void StartAnew();
 
     /// Key of a share that the system starts with.
     static std::string StartKeyOf(std::string_view name);
