@@ -25,8 +25,9 @@ using ::testing::StartsWith;
 constexpr char kLanMan[] = "HKLM\\SOFTWARE\\Microsoft\\Windows\\CurrentVersion\\Network\\LanMan";
 constexpr DWORD kMissingModule = ERROR_MOD_NOT_FOUND;
 const std::vector<std::string> kSharingCalls = {
-    "LoadLibraryA", "GetProcAddress", "NetShareGetInfo", "NetShareSetInfo", "NetShareAdd",    "NetShareDel",   "FreeLibrary",
-    "RegCreateKeyExA", "RegSetValueExA", "RegCloseKey",  "RegDeleteKeyA",   "SHChangeNotify", "PeekMessageA"};
+    "LoadLibraryA",  "GetProcAddress", "NetShareGetInfo", "NetShareSetInfo", "NetShareAdd",
+    "NetShareDel",   "FreeLibrary",    "RegCreateKeyExA", "RegSetValueExA",  "RegCloseKey",
+    "RegDeleteKeyA", "SHChangeNotify", "PeekMessageA"};
 
 template <std::size_t Size>
 void Put(char (&field)[Size], std::string_view text) {
@@ -142,10 +143,9 @@ TEST_F(ShareRegistry, NullArgumentsAreRefusedWithoutAnEndLine) {
     EXPECT_EQ(AddSharePrinter9x(nullptr), ERROR_INVALID_PARAMETER);
     EXPECT_EQ(DeleteSharePrinter9x(nullptr, "P1"), ERROR_INVALID_PARAMETER);
     EXPECT_THAT(Test().TakeCallNames(kSharingCalls), IsEmpty());
-    EXPECT_THAT(Test().TakeLog(),
-                ElementsAre("GetSharePrinter9x() - Start", "GetSharePrinter9x() - Start", "SetSharePrinter9x() - Start",
-                            "SetSharePrinter9x() - Start", "AddSharePrinter9x() - Start",
-                            "DeleteSharePrinter9x() - Start"));
+    EXPECT_THAT(Test().TakeLog(), ElementsAre("GetSharePrinter9x() - Start", "GetSharePrinter9x() - Start",
+                                              "SetSharePrinter9x() - Start", "SetSharePrinter9x() - Start",
+                                              "AddSharePrinter9x() - Start", "DeleteSharePrinter9x() - Start"));
 }
 
 TEST_F(ShareRegistry, MissingLibraryGivesItsCode) {
@@ -183,8 +183,7 @@ TEST_F(ShareRegistry, SystemsOfTheNtFamilyHaveNoSuchLibrary) {
     for (const std::string& system : EverySystem()) {
         Start(system);
         PrinterShareRecord record = LaserShare();
-        EXPECT_EQ(GetSharePrinter9x("NOBODY", &record),
-                  Is9xName(system) ? DWORD{NERR_NetNameNotFound} : kMissingModule)
+        EXPECT_EQ(GetSharePrinter9x("NOBODY", &record), Is9xName(system) ? DWORD{NERR_NetNameNotFound} : kMissingModule)
             << system;
     }
 }
@@ -249,20 +248,21 @@ TEST_F(ShareRegistry, BlockGrowsAsOftenAsTheLibraryAsks) {
     static std::vector<WORD> s_sizes;
     s_sizes.clear();
     OwnLibrary library(Machine());
-    library.Export("NetShareGetInfo", +[](LPCSTR, LPCSTR, SHORT, LPSTR bytes, WORD size, WORD* needed) -> DWORD {
-        s_sizes.push_back(size);
-        bytes[size - 1] = 1;  // every byte told of is there
-        *needed = 1000;
-        if (s_sizes.size() == 2) {
-            *needed = 2000;  // grew meanwhile
-        }
-        if (s_sizes.size() < 3) {
-            return NERR_BufTooSmall;
-        }
-        std::memset(bytes, 0, size);
-        std::strcpy(bytes, "LASER");
-        return 0;
-    });
+    library.Export(
+        "NetShareGetInfo", +[](LPCSTR, LPCSTR, SHORT, LPSTR bytes, WORD size, WORD* needed) -> DWORD {
+            s_sizes.push_back(size);
+            bytes[size - 1] = 1;  // every byte told of is there
+            *needed = 1000;
+            if (s_sizes.size() == 2) {
+                *needed = 2000;  // grew meanwhile
+            }
+            if (s_sizes.size() < 3) {
+                return NERR_BufTooSmall;
+            }
+            std::memset(bytes, 0, size);
+            std::strcpy(bytes, "LASER");
+            return 0;
+        });
     PrinterShareRecord record = LaserShare();
     EXPECT_EQ(GetSharePrinter9x("LASER", &record), 0u);
     EXPECT_THAT(s_sizes, ElementsAre(256, 1256, 2256));
@@ -279,11 +279,12 @@ TEST_F(ShareRegistry, LibraryThatNeverHasEnoughEndsTheRead) {
         static WORD s_reported;
         s_reported = reported;
         OwnLibrary library(Machine());
-        library.Export("NetShareGetInfo", +[](LPCSTR, LPCSTR, SHORT, LPSTR, WORD size, WORD* needed) -> DWORD {
-            s_sizes.push_back(size);
-            *needed = s_reported;
-            return s_sizes.size() < 100 ? DWORD{NERR_BufTooSmall} : 0;
-        });
+        library.Export(
+            "NetShareGetInfo", +[](LPCSTR, LPCSTR, SHORT, LPSTR, WORD size, WORD* needed) -> DWORD {
+                s_sizes.push_back(size);
+                *needed = s_reported;
+                return s_sizes.size() < 100 ? DWORD{NERR_BufTooSmall} : 0;
+            });
         PrinterShareRecord record = LaserShare();
         Watch();
         EXPECT_EQ(GetSharePrinter9x("LASER", &record), DWORD{NERR_BufTooSmall}) << reported;
@@ -385,3 +386,230 @@ TEST_F(ShareRegistry, ChangeThatFailsGivesTheLibrarysCode) {
     EXPECT_THAT(Test().TakeLog(), ElementsAre("SetSharePrinter9x() - Start", "SetSharePrinter9x() - End(2310)"));
     EXPECT_THAT(Machine().Registry().SubKeys(kLanMan), IsEmpty());
 }
+
+// ---- adding -----------------------------------------------------------------------------------------------------
+
+TEST_F(ShareRegistry, AddPassesNoPasswordsAndNullForEmptyTexts) {
+    OwnLibrary library(Machine());
+    library.Export("NetShareAdd", &OwnLibrary::Add);
+    PrinterShareRecord record = LaserShare();
+    EXPECT_EQ(AddSharePrinter9x(&record), 0u);
+    const Given& given = OwnLibrary::s_given;
+    EXPECT_EQ(given.server, "null");
+    EXPECT_EQ(given.level, 50);
+    EXPECT_EQ(given.size, 56 + 14 + 3);
+    EXPECT_STREQ(given.info.shi50_netname, "LASER");
+    EXPECT_EQ(given.info.shi50_type, 1);
+    EXPECT_EQ(given.info.shi50_flags, 0x103);
+    EXPECT_EQ(given.remark, "by the window");
+    EXPECT_EQ(given.path, "P1");
+    EXPECT_EQ(std::string(given.info.shi50_rw_password, 9), std::string(9, '\0'));
+    EXPECT_EQ(std::string(given.info.shi50_ro_password, 9), std::string(9, '\0'));
+    Put(record.Remark, "");
+    Put(record.Path, "");
+    EXPECT_EQ(AddSharePrinter9x(&record), 0u);
+    EXPECT_EQ(OwnLibrary::s_given.remark, "null");
+    EXPECT_EQ(OwnLibrary::s_given.path, "null");
+    EXPECT_EQ(OwnLibrary::s_given.size, 56);
+}
+
+TEST_F(ShareRegistry, AddEntersTheShareIntoTheRegistry) {
+    const PrinterShareRecord record = LaserShare();
+    EXPECT_EQ(AddSharePrinter9x(&record), 0u);
+    const std::string key = std::string(kLanMan) + "\\LASER";
+    auto bytes = [&](const char* name, DWORD type) -> std::string {
+        const simulated::RegistryValue* value = Machine().Registry().Find(key, name);
+        return value != nullptr && value->type == type ? value->data : "missing";
+    };
+    EXPECT_EQ(bytes("Flags", REG_DWORD), std::string("\x03\x01\0\0", 4));
+    EXPECT_EQ(bytes("Type", REG_DWORD), std::string("\x01\0\0\0", 4));
+    EXPECT_EQ(bytes("Path", REG_SZ), std::string("P1\0", 3));
+    EXPECT_EQ(bytes("Remark", REG_SZ), std::string("by the window\0", 14));
+    EXPECT_EQ(bytes("Parm1enc", REG_BINARY), "");
+    EXPECT_EQ(bytes("Parm2enc", REG_BINARY), "");
+    EXPECT_THAT(Machine().Registry().Values(key), SizeIs(6));
+}
+
+TEST_F(ShareRegistry, AddWritesALoneTerminatorForEmptyTexts) {
+    OwnLibrary library(Machine());
+    library.Export("NetShareAdd", &OwnLibrary::Add);
+    PrinterShareRecord record{};
+    Put(record.NetName, "BARE");
+    record.ShareType = 0xff;
+    record.Flags = 0xffff;
+    EXPECT_EQ(AddSharePrinter9x(&record), 0u);
+    const std::string key = std::string(kLanMan) + "\\BARE";
+    EXPECT_EQ(Machine().Registry().Find(key, "Path")->data, std::string(1, '\0'));
+    EXPECT_EQ(Machine().Registry().Find(key, "Remark")->data, std::string(1, '\0'));
+    EXPECT_EQ(Machine().Registry().Number(key, "Flags"), 0xffffu);
+    EXPECT_EQ(Machine().Registry().Number(key, "Type"), 0xffu);
+}
+
+TEST_F(ShareRegistry, AddTakesItsStepsInOrder) {
+    Machine().Desktop().queue.push_back(QueuedMessage(1));
+    const PrinterShareRecord record = LaserShare();
+    Watch();
+    EXPECT_EQ(AddSharePrinter9x(&record), 0u);
+    const std::vector<std::string> calls = Test().TakeCalls();
+    std::vector<std::string> steps;
+    for (const std::string& call : calls) {
+        for (const std::string& name : kSharingCalls) {
+            if (call.starts_with(name + "(")) {
+                steps.push_back(call);
+            }
+        }
+    }
+    const std::string lanMan = "\"SOFTWARE\\\\Microsoft\\\\Windows\\\\CurrentVersion\\\\Network\\\\LanMan";
+    ASSERT_THAT(
+        steps,
+        ElementsAre(
+            StartsWith("LoadLibraryA(\"svrapi.dll\")"), StartsWith("GetProcAddress("), StartsWith("NetShareAdd("),
+            StartsWith("RegCreateKeyExA(0x80000002, " + lanMan + "\", 0x0, null, 0x0, 0x2001f, null, &, null)"),
+            StartsWith("RegCloseKey("),
+            StartsWith("RegCreateKeyExA(0x80000002, " + lanMan +
+                       "\\\\LASER\", 0x0, null, 0x0, 0x2001f, null, &, null)"),
+            ::testing::HasSubstr("\"Flags\", 0x0, 0x4, &, 0x4)"), ::testing::HasSubstr("\"Type\", 0x0, 0x4, &, 0x4)"),
+            ::testing::HasSubstr("\"Path\", 0x0, 0x1, &, 0x3)"), ::testing::HasSubstr("\"Remark\", 0x0, 0x1, &, 0xe)"),
+            ::testing::HasSubstr("\"Parm1enc\", 0x0, 0x3, &, 0x0)"),
+            ::testing::HasSubstr("\"Parm2enc\", 0x0, 0x3, &, 0x0)"), StartsWith("RegCloseKey("),
+            StartsWith("SHChangeNotify(0x2000, 0x2, &, null)"), StartsWith("PeekMessageA("),
+            StartsWith("PeekMessageA("), StartsWith("SHChangeNotify(0x200, 0x2, &, null)"), StartsWith("PeekMessageA("),
+            StartsWith("FreeLibrary(")));
+    EXPECT_THAT(ChangesTold(), ElementsAre("0x2000 P1 ", "0x200 P1 "));
+    EXPECT_THAT(Machine().Desktop().dispatched, SizeIs(1));
+    EXPECT_THAT(Test().TakeLog(), ElementsAre("AddSharePrinter9x() - Start", "AddSharePrinter9x() - End(0)"));
+}
+
+TEST_F(ShareRegistry, AddThatTheLibraryRefusesWritesNothing) {
+    ShareOnMachine({"LASER", 1, 0, "", "P1", "", ""});
+    const std::string before = Machine().Registry().Text();
+    const PrinterShareRecord record = LaserShare();
+    Watch();
+    EXPECT_EQ(AddSharePrinter9x(&record), DWORD{NERR_DuplicateShare});
+    EXPECT_EQ(Machine().Registry().Text(), before);
+    EXPECT_THAT(ChangesTold(), IsEmpty());
+    EXPECT_THAT(Test().TakeCallNames(kSharingCalls),
+                ElementsAre("LoadLibraryA", "GetProcAddress", "NetShareAdd", "FreeLibrary"));
+    EXPECT_THAT(Test().TakeLog(), ElementsAre("AddSharePrinter9x() - Start", "AddSharePrinter9x() - End(2118)"));
+}
+
+TEST_F(ShareRegistry, AddWithoutTheSharesKeyGivesTheCodeAndTellsNobody) {
+    const PrinterShareRecord record = LaserShare();
+    faults::FailCall("RegCreateKeyExA", 2, ERROR_ACCESS_DENIED);
+    Watch();
+    EXPECT_EQ(AddSharePrinter9x(&record), ERROR_ACCESS_DENIED);
+    EXPECT_THAT(ChangesTold(), IsEmpty());
+    EXPECT_THAT(Test().TakeCallNames(kSharingCalls),
+                ElementsAre("LoadLibraryA", "GetProcAddress", "NetShareAdd", "RegCreateKeyExA", "RegCloseKey",
+                            "RegCreateKeyExA", "FreeLibrary"));
+    EXPECT_THAT(Test().TakeLog(), ElementsAre("AddSharePrinter9x() - Start", "AddSharePrinter9x() - End(5)"));
+    EXPECT_TRUE(SharesOnMachine().Find("LASER"));  // the share itself stays
+}
+
+TEST_F(ShareRegistry, FailureOfTheKeyOfAllSharesDoesNotMatter) {
+    const PrinterShareRecord record = LaserShare();
+    faults::FailCall("RegCreateKeyExA", 1, ERROR_ACCESS_DENIED);
+    Test().TakeCalls();
+    EXPECT_EQ(AddSharePrinter9x(&record), 0u);
+    EXPECT_TRUE(Machine().Registry().KeyExists(std::string(kLanMan) + "\\LASER"));
+    // The key that wasn't opened is not closed.
+    EXPECT_THAT(Test().TakeCallNames({"RegCreateKeyExA", "RegCloseKey"}),
+                ElementsAre("RegCreateKeyExA", "RegCreateKeyExA", "RegCloseKey"));
+}
+
+TEST_F(ShareRegistry, ValuesThatCannotBeWrittenDoNotMatter) {
+    const PrinterShareRecord record = LaserShare();
+    faults::FailCall("RegSetValueExA", 1, ERROR_ACCESS_DENIED, true);
+    Test().TakeCalls();
+    EXPECT_EQ(AddSharePrinter9x(&record), 0u);
+    EXPECT_THAT(Test().TakeCallNames({"RegSetValueExA"}), SizeIs(6));
+    EXPECT_THAT(ChangesTold(), ElementsAre("0x2000 P1 ", "0x200 P1 "));
+}
+
+TEST_F(ShareRegistry, PasswordsReachTheLibraryByTheChangeAfterTheAdd) {
+    const PrinterShareRecord record = LaserShare();
+    ASSERT_EQ(AddSharePrinter9x(&record), 0u);
+    EXPECT_EQ(SharesOnMachine().Find("LASER")->readWritePassword, "");
+    EXPECT_EQ(SharesOnMachine().Find("LASER")->readOnlyPassword, "");
+    ASSERT_EQ(SetSharePrinter9x("LASER", &record), 0u);
+    EXPECT_EQ(SharesOnMachine().Find("LASER")->readWritePassword, "write");
+    EXPECT_EQ(SharesOnMachine().Find("LASER")->readOnlyPassword, "read");
+    PrinterShareRecord read{};
+    EXPECT_EQ(GetSharePrinter9x("LASER", &read), 0u);
+    EXPECT_STREQ(read.ReadWritePassword, "write");
+    EXPECT_STREQ(read.Remark, "by the window");
+    // Their place in the registry stays empty.
+    EXPECT_EQ(Machine().Registry().Find(std::string(kLanMan) + "\\LASER", "Parm1enc")->data, "");
+}
+
+// ---- deleting ---------------------------------------------------------------------------------------------------
+
+TEST_F(ShareRegistry, DeleteTakesShareAndKeyAway) {
+    const PrinterShareRecord record = LaserShare();
+    ASSERT_EQ(AddSharePrinter9x(&record), 0u);
+    Machine().Desktop().shellChanges.clear();
+    Watch();
+    EXPECT_EQ(DeleteSharePrinter9x("LASER", "P1"), 0u);
+    EXPECT_FALSE(SharesOnMachine().Find("LASER"));
+    EXPECT_FALSE(Machine().Registry().KeyExists(std::string(kLanMan) + "\\LASER"));
+    EXPECT_THAT(ChangesTold(), ElementsAre("0x2000 P1 ", "0x400 P1 "));
+    EXPECT_THAT(
+        TakeCallsOf(Test(), kSharingCalls),
+        ElementsAre(StartsWith("LoadLibraryA("), StartsWith("GetProcAddress("),
+                    "NetShareDel(null, \"LASER\", 0x0) = 0x0",
+                    "RegDeleteKeyA(0x80000002, "
+                    "\"SOFTWARE\\\\Microsoft\\\\Windows\\\\CurrentVersion\\\\Network\\\\LanMan\\\\LASER\") = 0x0",
+                    StartsWith("SHChangeNotify(0x2000, 0x2, &, null)"), StartsWith("PeekMessageA("),
+                    StartsWith("SHChangeNotify(0x400, 0x2, &, null)"), StartsWith("PeekMessageA("),
+                    "RegCloseKey(0x80000002) = 0x0", StartsWith("FreeLibrary(")));
+    EXPECT_THAT(Test().TakeLog(), ElementsAre("DeleteSharePrinter9x() - Start", "DeleteSharePrinter9x() - End(0)"));
+}
+
+TEST_F(ShareRegistry, DeleteOfAnUnknownShareLeavesTheRegistry) {
+    Machine().Registry().SetText(std::string(kLanMan) + "\\OTHER", "Path", "P2");
+    Machine().Commit();
+    const std::string before = Machine().Registry().Text();
+    Watch();
+    EXPECT_EQ(DeleteSharePrinter9x("LASER", "P1"), DWORD{NERR_NetNameNotFound});
+    EXPECT_EQ(Machine().Registry().Text(), before);
+    EXPECT_THAT(ChangesTold(), IsEmpty());
+    EXPECT_THAT(Test().TakeCallNames(kSharingCalls),
+                ElementsAre("LoadLibraryA", "GetProcAddress", "NetShareDel", "FreeLibrary"));
+    EXPECT_THAT(Test().TakeLog(), ElementsAre("DeleteSharePrinter9x() - Start", "DeleteSharePrinter9x() - End(2310)"));
+}
+
+TEST_F(ShareRegistry, KeyThatCannotBeDeletedIsLoggedAlone) {
+    ShareOnMachine({"LASER", 1, 0, "", "P1", "", ""});  // in the library alone
+    Watch();
+    EXPECT_EQ(DeleteSharePrinter9x("LASER", "P1"), 0u);
+    EXPECT_THAT(
+        Test().TakeLog(),
+        ElementsAre(
+            "DeleteSharePrinter9x() - Start",
+            "DeleteSharePrinter9x()-DeleteSubKey(SOFTWARE\\Microsoft\\Windows\\CurrentVersion\\Network\\LanMan\\"
+            "LASER):2",
+            "DeleteSharePrinter9x() - End(0)"));
+    EXPECT_THAT(ChangesTold(), ElementsAre("0x2000 P1 ", "0x400 P1 "));
+}
+
+TEST_F(ShareRegistry, DeleteIgnoresTheCloseOfTheRoot) {
+    const PrinterShareRecord record = LaserShare();
+    ASSERT_EQ(AddSharePrinter9x(&record), 0u);
+    faults::FailCall("RegCloseKey", 1, ERROR_INVALID_HANDLE);
+    EXPECT_EQ(DeleteSharePrinter9x("LASER", nullptr), 0u);
+    EXPECT_EQ(faults::LastFailed(), "RegCloseKey");
+}
+
+TEST_F(ShareRegistry, EveryFailureOfTheLibraryIsPassedOn) {
+    PrinterShareRecord record = LaserShare();
+    for (const char* name : {"NetShareGetInfo", "NetShareSetInfo", "NetShareAdd", "NetShareDel"}) {
+        faults::FailCall(name, 1, ERROR_NOT_SUPPORTED, true);
+    }
+    EXPECT_EQ(GetSharePrinter9x("LASER", &record), ERROR_NOT_SUPPORTED);
+    EXPECT_EQ(SetSharePrinter9x("LASER", &record), ERROR_NOT_SUPPORTED);
+    EXPECT_EQ(AddSharePrinter9x(&record), ERROR_NOT_SUPPORTED);
+    EXPECT_EQ(DeleteSharePrinter9x("LASER", "P1"), ERROR_NOT_SUPPORTED);
+}
+
+}  // namespace
+}  // namespace pikel
