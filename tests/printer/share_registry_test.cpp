@@ -238,7 +238,7 @@ TEST_F(ShareRegistry, SmallBlockGrowsBy256BytesBeyondWhatTheLibraryReports) {
     EXPECT_EQ(GetSharePrinter9x("LASER", &record), 0u);
     // 56 bytes of structure, 201 of remark, 3 of path.
     EXPECT_THAT(TakeCallsOf(Test(), {"NetShareGetInfo"}),
-                ElementsAre("NetShareGetInfo(null, \"LASER\", 0x32, &, 0x100, &) = 0x84b",
+                ElementsAre("NetShareGetInfo(null, \"LASER\", 0x32, &, 0x100, &) = 0x84b failed, last error 0",
                             "NetShareGetInfo(null, \"LASER\", 0x32, &, 0x204, &) = 0x0"));
     EXPECT_EQ(std::string(record.Remark), std::string(49, 'r'));
     EXPECT_STREQ(record.Path, "P1");
@@ -593,11 +593,17 @@ TEST_F(ShareRegistry, KeyThatCannotBeDeletedIsLoggedAlone) {
 }
 
 TEST_F(ShareRegistry, DeleteIgnoresTheCloseOfTheRoot) {
-    const PrinterShareRecord record = LaserShare();
-    ASSERT_EQ(AddSharePrinter9x(&record), 0u);
-    faults::FailCall("RegCloseKey", 1, ERROR_INVALID_HANDLE);
+    ShareOnMachine({"LASER", 1, 0, "", "P1", "", ""});
+    ReplacedOperations replaced;
+    static HKEY s_closed;
+    s_closed = nullptr;
+    replaced.table.RegCloseKey = [](HKEY key) -> LSTATUS {
+        s_closed = key;
+        return ERROR_INVALID_HANDLE;
+    };
     EXPECT_EQ(DeleteSharePrinter9x("LASER", nullptr), 0u);
-    EXPECT_EQ(faults::LastFailed(), "RegCloseKey");
+    EXPECT_EQ(s_closed, HKEY_LOCAL_MACHINE);
+    EXPECT_THAT(ChangesTold(), ElementsAre("0x2000  ", "0x400  "));
 }
 
 TEST_F(ShareRegistry, EveryFailureOfTheLibraryIsPassedOn) {
