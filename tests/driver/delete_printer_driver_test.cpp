@@ -6,8 +6,6 @@
 #include <vector>
 
 #include "driver/delete_driver_file.h"
-#include "platform/simulated/colour.h"
-#include "platform/simulated/services.h"
 #include "support/calls.h"
 #include "support/spooler_setup.h"
 
@@ -30,12 +28,6 @@ using Lines = std::vector<std::string>;
 Lines operator+(Lines left, const Lines& right) {
     left.insert(left.end(), right.begin(), right.end());
     return left;
-}
-
-std::string SystemName(const ::testing::TestParamInfo<std::string>& info) {
-    std::string name = info.param;
-    std::erase(name, '-');
-    return name;
 }
 
 /// Which routines a system's removal takes.
@@ -159,16 +151,6 @@ class DriverRemovalOnEverySystem : public DriverRemovalTest, public ::testing::W
 };
 INSTANTIATE_ON_EVERY_SYSTEM(DriverRemovalOnEverySystem);
 
-/// Systems whose routine tries again: the NT family.
-class DriverRemovalOnNt : public DriverRemovalTest, public ::testing::WithParamInterface<std::string> {
-  protected:
-    DriverRemovalOnNt() { Begin(GetParam()); }
-};
-INSTANTIATE_TEST_SUITE_P(Systems, DriverRemovalOnNt,
-                         ::testing::Values("nt4", "win2000", "xp", "xp-ia64", "xp-x64", "vista", "vista-ia64",
-                                           "vista-x64"),
-                         SystemName);
-
 // ---- the whole road -------------------------------------------------------------------------------------------------
 
 TEST_P(DriverRemovalOnEverySystem, LeavesNothingOfTheDriverButWhatOthersUse) {
@@ -191,7 +173,8 @@ TEST_P(DriverRemovalOnEverySystem, TakesDriverMonitorAndFilesInThatOrder) {
     expected = expected + (DeletesFilesItself() ? Lines{"DeletePrinterDriverA"}
                                                 : Lines{"LoadLibraryA", "DeletePrinterDriverExA", "FreeLibrary"});
     if (IsVista()) {
-        expected = expected + Lines{"ControlService", "StartServiceA"};
+        // The spooler and the service that depends on it.
+        expected = expected + Lines{"ControlService", "ControlService", "StartServiceA", "StartServiceA"};
     }
     expected =
         expected + Lines{"EnumPrinterDriversA", "EnumPrinterDriversA", "DeleteMonitorA", "GetPrinterDriverDirectoryA"};
@@ -287,6 +270,129 @@ TEST_P(DriverRemovalOnEverySystem, OfADriverInUseLeavesEverything) {
     EXPECT_TRUE(IsDriverRegistered(Machine(), "Aurora 500"));
     EXPECT_TRUE(IsMonitorRegistered(Machine(), "Aurora Monitor"));
     EXPECT_TRUE(IsThere(InPlace("aurora.dll")));
+}
+
+// ---- failures of a step ---------------------------------------------------------------------------------------------
+
+TEST_F(DriverRemoval, RequiresAName) {
+    Test().TurnLogOn();
+    EXPECT_EQ(DoDeletePrinterDriver(3, nullptr, 0, 0, nullptr, 0, 1), DWORD{ERROR_INVALID_PARAMETER});
+    for (auto routine : {&DeletePrinterDriver9x, &DeletePrinterDriverNT, &DeletePrinterDriver2k}) {
+        EXPECT_EQ(routine(nullptr, 3, nullptr, nullptr, 0, 1), DWORD{ERROR_INVALID_PARAMETER});
+    }
+    EXPECT_THAT(Test().TakeLog(), IsEmpty());
+    EXPECT_THAT(Test().TakeCallNames({"OpenSCManagerA", "LoadLibraryA"}), IsEmpty());
+    // An empty name is a name that the spooler refuses.
+    EXPECT_EQ(Remove(""), DWORD{ERROR_INVALID_PARAMETER});
+    EXPECT_EQ(CDeleteDriverFile().DeletePrinterDriver(3, nullptr, 0, nullptr, 0), DWORD{ERROR_INVALID_PARAMETER});
+}
+
+TEST_P(DriverRemovalOnEverySystem, TouchesNothingWhenTheDriversCanNotBeListed) {
+    faults::FailCall("EnumPrinterDriversA", 1, 5);
+    Test().TurnLogOn();
+    EXPECT_EQ(Remove(), 5u);
+    EXPECT_THAT(Test().TakeLog(),
+                ElementsAreArray(
+                    Lines{"DoDeletePrinterDriver(Aurora 500) Start", "CDeleteDriverFile::DeletePrinterDriver() Start"} +
+                    EnvironmentLines() +
+                    Lines{"CDeleteDriverFile::GetFileList() Start", "CDeleteDriverFile::GetFileList() End(5)",
+                          "CDeleteDriverFile::DeletePrinterDriver() End(5)", "DoDeletePrinterDriver End(5)"}));
+    EXPECT_TRUE(IsDriverRegistered(Machine(), "Aurora 500"));
+    EXPECT_THAT(Test().TakeCallNames({SpoolerCall(), "DeleteMonitorA", "DeleteFileA"}), IsEmpty());
+}
+
+TEST_P(DriverRemovalOnEverySystem, KeepsMonitorAndFilesWhenTheDriverStays) {
+    faults::FailCall(SpoolerCall(), 1, 5, true);
+    EXPECT_EQ(Remove(), 5u);
+    EXPECT_TRUE(IsMonitorRegistered(Machine(), "Aurora Monitor"));
+    EXPECT_TRUE(IsThere(InPlace("aurora.dll")));
+    EXPECT_THAT(Test().TakeCallNames({"DeleteMonitorA", "DeleteFileA"}), IsEmpty());
+}
+
+TEST_P(DriverRemovalOnEverySystem, KeepsFilesAndProfilesWhenTheMonitorStays) {
+    faults::FailCall("DeleteMonitorA", 1, 3008);
+    char profile[] = "C:\\loose.icc";
+    WriteFileOn(Machine(), profile, "profile");
+    LPSTR profiles[] = {profile};
+    Test().TurnLogOn();
+    EXPECT_EQ(
+        DoDeletePrinterDriver(OwnVersionCode(Machine()), "Aurora 500", OwnProcessorCode(Machine()), 1, profiles, 0, 0),
+        3008u);
+    EXPECT_THAT(Test().TakeLog(), AllOf(Contains("DeleteMonitor Error(3008)"),
+                                        Contains(std::string(m_case.monitorRoutine) + " End(3008)"),
+                                        Contains("CDeleteDriverFile::DeletePrinterDriver() End(3008)"),
+                                        Contains("DoDeletePrinterDriver End(3008)")));
+    EXPECT_FALSE(IsDriverRegistered(Machine(), "Aurora 500"));
+    EXPECT_THAT(Test().TakeCallNames({"DeleteFileA", "UninstallColorProfileA"}), IsEmpty());
+    EXPECT_TRUE(IsThere(profile));
+    EXPECT_TRUE(IsThere(InSystem("aurmon.dll")));
+}
+
+TEST_P(DriverRemovalOnEverySystem, KeepsFilesWhenTheDriverDirectoryCanNotBeHad) {
+    faults::FailCall("GetPrinterDriverDirectoryA", 1, 1722);
+    EXPECT_EQ(Remove(), 1722u);
+    EXPECT_FALSE(IsDriverRegistered(Machine(), "Aurora 500"));
+    EXPECT_FALSE(IsMonitorRegistered(Machine(), "Aurora Monitor"));
+    EXPECT_TRUE(IsThere(InSystem("aurmon.dll")));
+    EXPECT_THAT(Test().TakeCallNames({"DeleteFileA"}), IsEmpty());
+}
+
+TEST_P(DriverRemovalOnEverySystem, SucceedsWithAFileThatSomebodyHolds) {
+    const simulated::Files::Held held = Machine().Files().HoldOpen(InPlace("aurora.dll"));
+    EXPECT_EQ(Remove(), 0u);
+    EXPECT_TRUE(IsThere(InPlace("aurora.dll")));
+    EXPECT_FALSE(IsThere(InPlace("aurora.gpd")));
+    EXPECT_FALSE(IsDriverRegistered(Machine(), "Aurora 500"));
+}
+
+TEST_F(DriverRemoval, WithoutRouteGivesCode120) {
+    simulated::SystemDescription system = *simulated::FindSystem("nt4");
+    system.major = 3;
+    system.minor = 51;
+    TestMachine test(system);
+    test.TurnLogOn();
+    EXPECT_EQ(DoDeletePrinterDriver(1, "Aurora 500", 0, 0, nullptr, 0, 1), DWORD{ERROR_CALL_NOT_IMPLEMENTED});
+    EXPECT_THAT(test.TakeLog(),
+                ElementsAre("DoDeletePrinterDriver(Aurora 500) Start", "CDeleteDriverFile::DeletePrinterDriver() Start",
+                            "CDeleteDriverFile::GetFileList() Start", "CDeleteDriverFile::GetFileList() End(0)",
+                            "CDeleteDriverFile::DeletePrinterDriver() End(120)", "DoDeletePrinterDriver End(120)"));
+    EXPECT_EQ(DeleteLanguageMonitor(nullptr, 3, "Aurora 500", "Aurora Monitor", 1), DWORD{ERROR_CALL_NOT_IMPLEMENTED});
+}
+
+// ---- colour profiles ------------------------------------------------------------------------------------------------
+
+TEST_P(DriverRemovalOnEverySystem, UninstallsProfilesLastWhereTheSystemHasThem) {
+    char profile[] = "C:\\loose.icc";
+    WriteFileOn(Machine(), profile, "profile");
+    LPSTR profiles[] = {profile};
+    const bool hasRoutine = GetParam() != "win95" && GetParam() != "nt4";
+    EXPECT_EQ(
+        DoDeletePrinterDriver(OwnVersionCode(Machine()), "Aurora 500", OwnProcessorCode(Machine()), 1, profiles, 7, 0),
+        0u);
+    EXPECT_EQ(IsThere(profile), !hasRoutine);
+    const Lines calls = Test().TakeCallNames({"DeleteMonitorA", "UninstallColorProfileA"});
+    EXPECT_THAT(calls, ElementsAreArray(hasRoutine ? Lines{"DeleteMonitorA", "UninstallColorProfileA"}
+                                                   : Lines{"DeleteMonitorA"}));
+}
+
+TEST_F(DriverRemoval, GivesTheCodeOfTheProfiles) {
+    char profile[] = "C:\\missing.icc";
+    LPSTR profiles[] = {profile};
+    Test().TurnLogOn(1);
+    EXPECT_EQ(DoDeletePrinterDriver(3, "Aurora 500", 0, 1, profiles, 0, 0), DWORD{ERROR_FILE_NOT_FOUND});
+    EXPECT_EQ(Test().TakeLog().back(), "DoDeletePrinterDriver End(2)");
+    EXPECT_FALSE(IsDriverRegistered(Machine(), "Aurora 500"));
+}
+
+TEST_F(DriverRemoval, LeavesProfilesAloneWithoutAListOrAfterAFailure) {
+    char profile[] = "C:\\loose.icc";
+    WriteFileOn(Machine(), profile, "profile");
+    LPSTR profiles[] = {profile};
+    EXPECT_EQ(DoDeletePrinterDriver(3, "Nobody", 0, 1, profiles, 0, 0), DWORD{ERROR_UNKNOWN_PRINTER_DRIVER});
+    EXPECT_EQ(DoDeletePrinterDriver(3, "Aurora 500", 0, 0, profiles, 0, 0), 0u);
+    EXPECT_EQ(DoDeletePrinterDriver(3, "Borealis 9", 0, 1, nullptr, 0, 0), 0u);
+    EXPECT_TRUE(IsThere(profile));
+    EXPECT_THAT(Test().TakeCallNames({"EnumPrintersA", "UninstallColorProfileA"}), IsEmpty());
 }
 
 }  // namespace
