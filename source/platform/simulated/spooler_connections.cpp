@@ -5,6 +5,7 @@
 
 #include "platform/simulated/spooler.h"
 #include "platform/simulated/spooler_default_printer.h"
+#include "platform/simulated/spooler_printer_security.h"
 
 namespace pikel::simulated {
 
@@ -55,6 +56,7 @@ Printer Connections::Describe(std::string_view name) const {
     printer.datatype = "RAW";
     printer.attributes = PRINTER_ATTRIBUTE_NETWORK | PRINTER_ATTRIBUTE_SHARED;
     printer.devMode = Printers(m_machine).DefaultDevMode(printer);
+    printer.security = DefaultPrinterSecurity(m_machine);
     return printer;
 }
 

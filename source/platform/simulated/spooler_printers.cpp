@@ -316,4 +316,17 @@ void Printers::SetStatus(std::string_view name, DWORD status) {
     }
 }
 
+void Printers::SetSecurity(std::string_view name, std::string_view security) {
+    if (const std::optional<Printer> printer = Find(name)) {
+        m_machine.Registry().SetBytes(KeyOf(printer->name), "Security", security);
+    }
+}
+
+void Printers::SetDevMode(std::string_view name, std::string_view devMode) {
+    if (const std::optional<Printer> printer = Find(name)) {
+        const std::string bytes = devMode.empty() ? DefaultDevMode(*printer) : std::string(devMode);
+        m_machine.Registry().SetBytes(KeyOf(printer->name), "Default DevMode", bytes);
+    }
+}
+
 }  // namespace pikel::simulated

@@ -58,6 +58,10 @@ class Printers {
     bool Remove(std::string_view name);
     /// Sets status bits, which Change leaves alone.
     void SetStatus(std::string_view name, DWORD status);
+    /// @param security  bytes of a self-relative descriptor
+    void SetSecurity(std::string_view name, std::string_view security);
+    /// @param devMode  bytes; empty: what the driver gives a new printer
+    void SetDevMode(std::string_view name, std::string_view devMode);
 
     /// Registry key of a printer.
     static std::string KeyOf(std::string_view name);
