@@ -1,10 +1,9 @@
 // The administrator test, and the security descriptors of printers as text and, on NT 4, as bytes.
 #include "system/security.h"
 
-#include "platform/simulated/security_descriptor.h"
+#include "platform/simulated/spooler.h"
 #include "platform/simulated/spooler_printer_security.h"
 #include "platform/simulated/token.h"
-#include "printer/printer_machine.h"
 #include "support/calls.h"
 
 namespace pikel {
@@ -15,6 +14,10 @@ using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 
 using Lines = std::vector<std::string>;
+
+bool Is9xName(std::string_view system) {
+    return system.starts_with("win9") || system == "winme";
+}
 
 void TakeRightsAway(TestMachine& test) {
     simulated::SystemDescription description = test->System();
@@ -192,15 +195,25 @@ const Lines kDescriptorCalls = {"LoadLibraryA",
                                 "RegQueryValueExA",
                                 "RegSetValueExA",
                                 "RegCloseKey",
+                                "LocalFree",
                                 "FreeLibrary"};
 
 Lines LogOf(const std::string& routine, DWORD code) {
     return {routine + "() - Start", routine + "() - End(" + std::to_string(code) + ")"};
 }
 
+/// A printer as the spooler finds it in the registry; what else belongs to one plays no part here.
+void PutPrinter(TestMachine& test, const std::string& printer) {
+    const std::string key = simulated::PrintKey("Printers\\" + printer);
+    test->Registry().SetText(key, "Name", printer);
+    if (!test->Is9x()) {
+        test->Registry().SetBytes(key, "Security", simulated::DefaultPrinterSecurity(*test));
+    }
+}
+
 /// The value Security of a printer, or nothing.
 std::optional<std::string> SecurityOn(TestMachine& test, const std::string& printer) {
-    const auto* value = test->Registry().Find(std::string(kPrintersOn) + "\\" + printer, "Security");
+    const auto* value = test->Registry().Find(simulated::PrintKey("Printers\\" + printer), "Security");
     return value == nullptr ? std::nullopt : std::optional(value->data);
 }
 
@@ -212,14 +225,13 @@ DWORD Set(LPCSTR printer, std::string_view text) {
 enum class Way { None, Bytes, Text };
 
 Way WayOf(std::string_view system) {
-    return Is9xName(system) ? Way::None : IsNt4Name(system) ? Way::Bytes : Way::Text;
+    return Is9xName(system) ? Way::None : system == "nt4" ? Way::Bytes : Way::Text;
 }
 
 class DescriptorOnEverySystem : public EverySystemTest {
   protected:
     DescriptorOnEverySystem() {
-        InstallDriver(Test());
-        AddPrinterTo(Test(), "P1");
+        PutPrinter(Test(), "P1");
         ForgetCalls(Test());
     }
     Way OfSystem() const { return WayOf(GetParam()); }
@@ -310,7 +322,7 @@ TEST_P(DescriptorOnEverySystem, WritingCallsComeInTheirOrder) {
         case Way::Text:
             EXPECT_THAT(names, ElementsAre("LoadLibraryA", "GetProcAddress",
                                            "ConvertStringSecurityDescriptorToSecurityDescriptorA", "OpenPrinterA",
-                                           "SetPrinterA", "ClosePrinter", "FreeLibrary"));
+                                           "SetPrinterA", "LocalFree", "ClosePrinter", "FreeLibrary"));
             break;
     }
 }
@@ -350,6 +362,252 @@ TEST_P(DescriptorOnEverySystem, MissingEntryIsTheResultButOnNt4) {
     EXPECT_EQ(sd.Text() != nullptr, isNt4);
     faults::FailCall("GetProcAddress", 1, ERROR_INVALID_FUNCTION);
     EXPECT_EQ(Set("P1", kText), isNt4 ? 0u : ERROR_INVALID_FUNCTION);
+}
+
+// ---- descriptors as text --------------------------------------------------------------------------------------------
+
+class DescriptorText : public MachineTest {
+  protected:
+    DescriptorText() {
+        PutPrinter(Test(), "P1");
+        ForgetCalls(Test());
+    }
+};
+
+/// The calls of one direction that may fail, each with a code of its own.
+struct FailingStep {
+    const char* call;
+    std::size_t nth;
+    DWORD code;
+};
+
+TEST_F(DescriptorText, EveryFailedCallOfAReadIsTheResult) {
+    static constexpr FailingStep kSteps[] = {
+        {"OpenPrinterA", 1, ERROR_ACCESS_DENIED},
+        {"GetPrinterA", 1, ERROR_INVALID_LEVEL},
+        {"GetPrinterA", 2, RPC_S_SERVER_UNAVAILABLE},
+        {"ConvertSecurityDescriptorToStringSecurityDescriptorA", 1, ERROR_INVALID_SECURITY_DESCR},
+    };
+    for (const FailingStep& step : kSteps) {
+        faults::Reset();
+        faults::FailCall(step.call, step.nth, step.code);
+        Test().TurnLogOn(1);
+        StringSD sd;
+        EXPECT_EQ(GetStringSD("P1", sd), step.code) << step.call;
+        EXPECT_EQ(faults::LastFailed(), step.call);
+        EXPECT_EQ(Test().TakeLog(), LogOf("GetStringSD", step.code)) << step.call;
+        EXPECT_EQ(sd.Text(), nullptr) << step.call;
+        EXPECT_EQ(sd.Length(), 0u) << step.call;
+    }
+}
+
+TEST_F(DescriptorText, EveryFailedCallOfAWriteIsTheResult) {
+    static constexpr FailingStep kSteps[] = {
+        {"ConvertStringSecurityDescriptorToSecurityDescriptorA", 1, ERROR_INVALID_ACL},
+        {"OpenPrinterA", 1, ERROR_ACCESS_DENIED},
+        {"SetPrinterA", 1, RPC_S_CALL_FAILED},
+    };
+    const std::optional<std::string> before = SecurityOn(Test(), "P1");
+    for (const FailingStep& step : kSteps) {
+        faults::Reset();
+        faults::FailCall(step.call, step.nth, step.code);
+        Test().TurnLogOn(1);
+        EXPECT_EQ(Set("P1", kText), step.code) << step.call;
+        EXPECT_EQ(faults::LastFailed(), step.call);
+        EXPECT_EQ(Test().TakeLog(), LogOf("SetStringSD", step.code)) << step.call;
+        EXPECT_EQ(SecurityOn(Test(), "P1"), before) << step.call;
+        EXPECT_EQ(Machine().Heap().OpenCount(), 0u) << step.call;
+    }
+}
+
+TEST_F(DescriptorText, WithoutMemoryGives8) {
+    // The printer's record, then the text.
+    for (const std::size_t after : {0, 1}) {
+        Machine().Heap().FailAllocation(after, false);
+        StringSD sd;
+        EXPECT_EQ(GetStringSD("P1", sd), ERROR_NOT_ENOUGH_MEMORY) << after;
+        EXPECT_EQ(sd.Text(), nullptr);
+        Machine().Heap().StopFailing();
+    }
+    Machine().Heap().FailAllocation(0, false);
+    EXPECT_EQ(Set("P1", kText), ERROR_NOT_ENOUGH_MEMORY);
+    Machine().Heap().StopFailing();
+}
+
+TEST_F(DescriptorText, FailedReadEmptiesWhatWasThere) {
+    StringSD sd;
+    ASSERT_EQ(GetStringSD("P1", sd), 0u);
+    EXPECT_EQ(GetStringSD("Nobody", sd), ERROR_INVALID_PRINTER_NAME);
+    EXPECT_EQ(sd.Text(), nullptr);
+    EXPECT_EQ(sd.Length(), 0u);
+    EXPECT_EQ(Machine().Heap().OpenCount(), 0u);
+}
+
+TEST_F(DescriptorText, PrinterThatIsNotThereCannotBeWritten) {
+    EXPECT_EQ(Set("Nobody", kText), ERROR_INVALID_PRINTER_NAME);
+}
+
+TEST_F(DescriptorText, BadTextIsRefusedBeforeThePrinterIsOpened) {
+    EXPECT_EQ(Set("P1", "D:(A;;GA;;;XX)"), ERROR_INVALID_SID);
+    EXPECT_EQ(SetStringSD("P1", nullptr, 0), ERROR_INVALID_PARAMETER);
+    EXPECT_THAT(Test().TakeCallNames({"OpenPrinterA", "SetPrinterA"}), IsEmpty());
+}
+
+TEST_F(DescriptorText, LengthPlaysNoPart) {
+    ASSERT_EQ(SetStringSD("P1", kText, 0), 0u);
+    StringSD sd;
+    ASSERT_EQ(GetStringSD("P1", sd), 0u);
+    EXPECT_STREQ(sd.Text(), kText);
+}
+
+TEST_F(DescriptorText, AllFourPartsAreAskedForWithAllRights) {
+    StringSD sd;
+    GetStringSD("P1", sd);
+    const Lines calls = TakeCallsOf(Test(), {"GetPrinterA", "ConvertSecurityDescriptorToStringSecurityDescriptorA"});
+    ASSERT_EQ(calls.size(), 3u);
+    EXPECT_THAT(calls[0], ::testing::HasSubstr(", 0x3, null, 0x0, "));
+    EXPECT_THAT(calls[2], ::testing::HasSubstr(", 0x1, 0xf, "));
+    TakeRightsAway(Test());
+    EXPECT_EQ(GetStringSD("P1", sd), ERROR_ACCESS_DENIED);
+    EXPECT_EQ(Set("P1", kText), ERROR_ACCESS_DENIED);
+}
+
+TEST_F(DescriptorText, AuditsComeThrough) {
+    constexpr char kWithAudit[] = "O:BAG:SYD:P(A;;GA;;;BA)S:AI(AU;SAFA;WDWO;;;WD)";
+    ASSERT_EQ(Set("P1", kWithAudit), 0u);
+    StringSD sd;
+    ASSERT_EQ(GetStringSD("P1", sd), 0u);
+    EXPECT_STREQ(sd.Text(), kWithAudit);
+}
+
+TEST_F(DescriptorText, RecordThatIsReadAtOnceHasNoText) {
+    ReplacedOperations replaced;
+    replaced.table.GetPrinterA = [](HANDLE, DWORD, LPBYTE, DWORD, LPDWORD) -> BOOL { return TRUE; };
+    StringSD sd;
+    EXPECT_EQ(GetStringSD("P1", sd), 0u);
+    EXPECT_EQ(sd.Text(), nullptr);
+}
+
+TEST_F(DescriptorText, ChangesItsOwner) {
+    StringSD first;
+    ASSERT_EQ(GetStringSD("P1", first), 0u);
+    const LPSTR text = first.Text();
+    const DWORD length = first.Length();
+    StringSD second = std::move(first);
+    EXPECT_EQ(second.Text(), text);
+    EXPECT_EQ(second.Length(), length);
+    EXPECT_EQ(first.Text(), nullptr);
+    second.Reset();
+    EXPECT_EQ(second.Text(), nullptr);
+    EXPECT_EQ(second.Length(), 0u);
+}
+
+// ---- NT 4 -----------------------------------------------------------------------------------------------------------
+
+class DescriptorBytes : public MachineTest {
+  protected:
+    DescriptorBytes() : MachineTest("nt4") {
+        PutPrinter(Test(), "P1");
+        ForgetCalls(Test());
+    }
+};
+
+TEST_F(DescriptorBytes, LieInThePrintersKey) {
+    StringSD sd;
+    ASSERT_EQ(GetStringSD("P1", sd), 0u);
+    ASSERT_EQ(Set("P1", kBytes), 0u);
+    const Lines calls = TakeCallsOf(Test(), {"RegOpenKeyExA", "RegCreateKeyExA", "RegSetValueExA"});
+    ASSERT_EQ(calls.size(), 3u);
+    constexpr char kKey[] = R"("SYSTEM\CurrentControlSet\Control\Print\Printers\P1\")";
+    EXPECT_THAT(calls[0], ::testing::HasSubstr(kKey));
+    EXPECT_THAT(calls[0], ::testing::HasSubstr(", 0x0, 0x20019, "));
+    EXPECT_THAT(calls[1], ::testing::HasSubstr(kKey));
+    EXPECT_THAT(calls[1], ::testing::HasSubstr(", 0x0, null, 0x0, 0x2001f, null, "));
+    EXPECT_THAT(calls[2], ::testing::HasSubstr("\"Security\", 0x0, 0x3, "));
+    EXPECT_EQ(SecurityOn(Test(), "P1"), kBytes);
+}
+
+TEST_F(DescriptorBytes, MissingValueIsNoFailure) {
+    Machine().Registry().DeleteValue(simulated::PrintKey("Printers\\P1"), "Security");
+    Test().TurnLogOn(1);
+    for (const char* printer : {"P1", "Nobody"}) {
+        StringSD sd;
+        EXPECT_EQ(GetStringSD(printer, sd), 0u) << printer;
+        EXPECT_EQ(Test().TakeLog(), LogOf("GetStringSD", 0));
+        EXPECT_EQ(sd.Text(), nullptr) << printer;
+        EXPECT_EQ(sd.Length(), 0u) << printer;
+    }
+}
+
+TEST_F(DescriptorBytes, EveryFailedCallOfAReadIsSilent) {
+    static constexpr FailingStep kSteps[] = {
+        {"RegOpenKeyExA", 1, ERROR_ACCESS_DENIED},
+        {"RegQueryValueExA", 1, ERROR_ACCESS_DENIED},
+        {"RegQueryValueExA", 2, ERROR_MORE_DATA},
+    };
+    for (const FailingStep& step : kSteps) {
+        faults::Reset();
+        faults::FailCall(step.call, step.nth, step.code);
+        Test().TurnLogOn(2);
+        StringSD sd;
+        EXPECT_EQ(GetStringSD("P1", sd), 0u) << step.call << step.nth;
+        EXPECT_EQ(faults::LastFailed(), step.call);
+        EXPECT_EQ(Test().TakeLog(), LogOf("GetStringSD", 0));
+        EXPECT_EQ(sd.Text(), nullptr);
+        EXPECT_EQ(sd.Length(), 0u);
+        EXPECT_EQ(Machine().Heap().OpenCount(), 0u);
+    }
+    faults::Reset();
+    Machine().Heap().FailAllocation(0, false);
+    StringSD sd;
+    EXPECT_EQ(GetStringSD("P1", sd), 0u);
+    EXPECT_EQ(sd.Text(), nullptr);
+    Machine().Heap().StopFailing();
+}
+
+TEST_F(DescriptorBytes, EveryFailedCallOfAWriteIsDropped) {
+    const std::optional<std::string> before = SecurityOn(Test(), "P1");
+    for (const char* call : {"RegCreateKeyExA", "RegSetValueExA"}) {
+        faults::Reset();
+        faults::FailCall(call, 1, ERROR_ACCESS_DENIED);
+        Test().TurnLogOn(2);
+        EXPECT_EQ(Set("P1", kBytes), 0u) << call;
+        EXPECT_EQ(faults::LastFailed(), call);
+        EXPECT_EQ(Test().TakeLog(), LogOf("SetStringSD", 0));
+        EXPECT_EQ(SecurityOn(Test(), "P1"), before) << call;
+    }
+    faults::Reset();
+    TakeRightsAway(Test());
+    EXPECT_EQ(Set("P1", kBytes), 0u);
+    EXPECT_EQ(SecurityOn(Test(), "P1"), before);
+}
+
+TEST_F(DescriptorBytes, EmptyValueIsHandedOutAsABlock) {
+    ASSERT_EQ(SetStringSD("P1", "", 0), 0u);
+    StringSD sd;
+    EXPECT_EQ(GetStringSD("P1", sd), 0u);
+    EXPECT_NE(sd.Text(), nullptr);
+    EXPECT_EQ(sd.Length(), 0u);
+}
+
+TEST_F(DescriptorBytes, NeedNoSpooler) {
+    EXPECT_EQ(Set("Nobody", kBytes), 0u);
+    EXPECT_EQ(SecurityOn(Test(), "Nobody"), kBytes);
+    EXPECT_THAT(Test().TakeCallNames({"OpenPrinterA", "GetPrinterA", "SetPrinterA"}), IsEmpty());
+}
+
+TEST_F(DescriptorBytes, EntryThatANewerLibraryBroughtIsUsed) {
+    // A module that has the entry is taken at its word, whatever the system says of itself.
+    auto convert = [](LPCSTR, DWORD, PSECURITY_DESCRIPTOR*, PULONG) -> BOOL {
+        simulated::lastError = ERROR_INVALID_FUNCTION;
+        return FALSE;
+    };
+    static BOOL (*const pfnConvert)(LPCSTR, DWORD, PSECURITY_DESCRIPTOR*, PULONG) = convert;
+    ReplacedOperations replaced;
+    replaced.table.GetProcAddress = [](HMODULE, LPCSTR) -> FARPROC {
+        return reinterpret_cast<FARPROC>(reinterpret_cast<void (*)()>(pfnConvert));
+    };
+    EXPECT_EQ(Set("P1", kBytes), ERROR_INVALID_FUNCTION);
 }
 
 }  // namespace
