@@ -12,7 +12,7 @@ class StringSD {
     /// Null when nothing was read. The bytes of NT 4 have no NUL behind them: their length alone ends them.
     LPSTR Text() const { return static_cast<LPSTR>(m_text ? m_text.Get() : m_bytes.Get()); }
     /// As the system reported it: with the NUL for text, the size of the value for NT 4's bytes; 0 without a text.
-    DWORD Length() const { return m_dwLength; }
+    DWORD Length() const { return Text() == nullptr ? 0 : m_dwLength; }
 
     /// Releases what is held.
     void Reset();

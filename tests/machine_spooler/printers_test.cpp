@@ -73,7 +73,7 @@ TEST_P(PrinterOfEverySystem, IsWhatItWasMade) {
     EXPECT_STREQ(info.pPrintProcessor, "winprint");
     EXPECT_STREQ(info.pDatatype, "RAW");
     EXPECT_STREQ(info.pParameters, "p");
-    EXPECT_EQ(info.pSecurityDescriptor, nullptr);
+    EXPECT_EQ(info.pSecurityDescriptor == nullptr, is9x);
     const DWORD own = is9x ? PRINTER_ATTRIBUTE_DEFAULT : PRINTER_ATTRIBUTE_LOCAL;
     EXPECT_EQ(info.Attributes, own | PRINTER_ATTRIBUTE_SHARED | PRINTER_ATTRIBUTE_QUEUED);
     EXPECT_EQ(info.Priority, 7u);

@@ -1,6 +1,9 @@
 // The administrator test, and the security descriptors of printers as text and, on NT 4, as bytes.
 #include "system/security.h"
 
+#include <algorithm>
+#include <cstring>
+
 #include "platform/simulated/spooler.h"
 #include "platform/simulated/spooler_printer_security.h"
 #include "platform/simulated/token.h"
@@ -269,7 +272,7 @@ TEST_P(DescriptorOnEverySystem, IsReadAsTheSystemKeepsIt) {
 TEST_P(DescriptorOnEverySystem, ReadAndWriteAreAPair) {
     Test().TurnLogOn(1);
     const std::string given = OfSystem() == Way::Bytes ? kBytes : kText;
-    const DWORD expected = OfSystem() == Way::None ? ERROR_PROC_NOT_FOUND : 0;
+    const DWORD expected = OfSystem() == Way::None ? DWORD{ERROR_PROC_NOT_FOUND} : 0;
     EXPECT_EQ(Set("P1", given), expected);
     EXPECT_EQ(Test().TakeLog(), LogOf("SetStringSD", expected));
     if (OfSystem() == Way::None) {
@@ -497,6 +500,7 @@ TEST_F(DescriptorText, ChangesItsOwner) {
     EXPECT_EQ(second.Text(), text);
     EXPECT_EQ(second.Length(), length);
     EXPECT_EQ(first.Text(), nullptr);
+    EXPECT_EQ(first.Length(), 0u);
     second.Reset();
     EXPECT_EQ(second.Text(), nullptr);
     EXPECT_EQ(second.Length(), 0u);
@@ -518,9 +522,9 @@ TEST_F(DescriptorBytes, LieInThePrintersKey) {
     ASSERT_EQ(Set("P1", kBytes), 0u);
     const Lines calls = TakeCallsOf(Test(), {"RegOpenKeyExA", "RegCreateKeyExA", "RegSetValueExA"});
     ASSERT_EQ(calls.size(), 3u);
-    constexpr char kKey[] = R"("SYSTEM\CurrentControlSet\Control\Print\Printers\P1\")";
+    constexpr char kKey[] = R"(0x80000002, "SYSTEM\\CurrentControlSet\\Control\\Print\\Printers\\P1\\", 0x0, )";
     EXPECT_THAT(calls[0], ::testing::HasSubstr(kKey));
-    EXPECT_THAT(calls[0], ::testing::HasSubstr(", 0x0, 0x20019, "));
+    EXPECT_THAT(calls[0], ::testing::HasSubstr(", 0x0, 0x20019, &)"));
     EXPECT_THAT(calls[1], ::testing::HasSubstr(kKey));
     EXPECT_THAT(calls[1], ::testing::HasSubstr(", 0x0, null, 0x0, 0x2001f, null, "));
     EXPECT_THAT(calls[2], ::testing::HasSubstr("\"Security\", 0x0, 0x3, "));
