@@ -229,6 +229,16 @@ TEST_F(TextOperations, WideCharToMultiByte) {
     EXPECT_EQ(Platform().WideCharToMultiByte(CP_UTF8, 0, u"\U0001F600", 2, bytes, 8, nullptr, nullptr), 4);
 }
 
+TEST_F(TextOperations, ConversionsCopyTheFrontPartOfATextThatDoesNotFit) {
+    WCHAR wide[5] = {};
+    EXPECT_EQ(Platform().MultiByteToWideChar(CP_ACP, 0, "abcdef", -1, wide, 4), 0);
+    EXPECT_EQ(Platform().GetLastError(), DWORD{ERROR_INSUFFICIENT_BUFFER});
+    EXPECT_EQ(std::u16string_view(wide), u"abcd");
+    char bytes[5] = {};
+    EXPECT_EQ(Platform().WideCharToMultiByte(CP_ACP, 0, u"abcdef", -1, bytes, 4, nullptr, nullptr), 0);
+    EXPECT_STREQ(bytes, "abcd");
+}
+
 TEST_F(TextOperations, WideCharToMultiByteRefusals) {
     char bytes[8];
     const auto code = [&](UINT page, DWORD flags, LPCWSTR text, int size, LPSTR buffer, int length) {

@@ -1,4 +1,5 @@
 // Code pages and text comparison.
+#include <algorithm>
 #include <cstring>
 #include <string>
 #include <string_view>
@@ -22,18 +23,16 @@ UINT ResolveCodePage(UINT codePage) {
     return KnowsCodePage(codePage) ? codePage : 0;
 }
 
-/// Hands a converted text out: asked for the size alone, or copied when it fits.
+/// Hands a converted text out: asked for the size alone, or copied. Of a text that doesn't fit the front part is copied
+/// all the same, as Windows does it.
 template <class Character>
 int HandOut(const std::basic_string<Character>& text, Character* buffer, int size) {
     const int length = static_cast<int>(text.size());
     if (size == 0) {
         return length;
     }
-    if (length > size) {
-        return Fail(ERROR_INSUFFICIENT_BUFFER, 0);
-    }
-    std::memcpy(buffer, text.data(), text.size() * sizeof(Character));
-    return length;
+    std::memcpy(buffer, text.data(), static_cast<std::size_t>(std::min(length, size)) * sizeof(Character));
+    return length > size ? Fail(ERROR_INSUFFICIENT_BUFFER, 0) : length;
 }
 
 /// WideCharToMultiByte with a default character of the caller's own, which replaces '?' for what the page lacks.
