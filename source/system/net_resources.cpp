@@ -18,14 +18,12 @@ constexpr DWORD kAllEntries = 0xFFFFFFFF;
 constexpr DWORD kEnumBufferSize = 0x4000;
 constexpr DWORD kProviderNameSize = 260;
 
-namespace closer {
-struct NetworkEnumeration {
+struct EnumerationCloser {
     using Value = HANDLE;
     static Value Empty() { return nullptr; }
     static void Close(Value value) { Platform().WNetCloseEnum(value); }
 };
-}  // namespace closer
-using NetworkEnumeration = Owned<closer::NetworkEnumeration>;
+using NetworkEnumeration = Owned<EnumerationCloser>;
 
 // ---- kinds ------------------------------------------------------------------------------------------------------
 
@@ -102,9 +100,10 @@ NetResourceRecord MakeRecord(DWORD dwUsage, DWORD dwKind, LPSTR lpszRemoteName, 
     return record;
 }
 
-void LogText(LPCSTR lpszName, LPCSTR lpszText) {
+/// Writes a text that is there.
+void LogText(LPCSTR lpszFormat, LPCSTR lpszText) {
     if (lpszText != nullptr) {
-        WriteLog("%s:%s", lpszName, lpszText);
+        WriteLog(lpszFormat, lpszText);
     }
 }
 
@@ -195,10 +194,10 @@ EntryBatch ReadEntries(NetworkEnumeration& enumeration) {
 }
 
 void LogEntry(const NETRESOURCEA& entry) {
-    LogText("lpRemoteName", entry.lpRemoteName);
-    LogText("lpComment", entry.lpComment);
-    LogText("lpProvider", entry.lpProvider);
-    LogText("lpLocalName", entry.lpLocalName);
+    LogText("lpRemoteName:%s", entry.lpRemoteName);
+    LogText("lpComment:%s", entry.lpComment);
+    LogText("lpProvider:%s", entry.lpProvider);
+    LogText("lpLocalName:%s", entry.lpLocalName);
     WriteLog("dwDisplayType:%d", entry.dwDisplayType);
     WriteLog("dwScope:%d", entry.dwScope);
     WriteLog("dwType:%d", entry.dwType);
@@ -291,9 +290,9 @@ DWORD EnumProviderRoots(ResourceList& list) {
 void LogPrinters(const PRINTER_INFO_1A* pPrinters, DWORD dwCount) {
     for (DWORD i = 0; i < dwCount; ++i) {
         WriteLog("Flags:%d", pPrinters[i].Flags);
-        LogText("pComment", pPrinters[i].pComment);
-        LogText("pName", pPrinters[i].pName);
-        LogText("pDescription", pPrinters[i].pDescription);
+        LogText("pComment:%s", pPrinters[i].pComment);
+        LogText("pName:%s", pPrinters[i].pName);
+        LogText("pDescription:%s", pPrinters[i].pDescription);
     }
 }
 

@@ -1,7 +1,7 @@
 // Nodes of the network as one heap block: an array of records, and behind it their texts in a fixed order.
 #pragma once
 
-#include <cstddef>
+#include <utility>
 
 #include "frame/packer.h"
 #include "frame/pikel.h"
@@ -14,7 +14,6 @@ inline constexpr DWORD kShortNameSize = 260;
 /// A block of records. No block: no records.
 struct ResourceList {
     HeapBlock block;
-    std::size_t size = 0;  ///< bytes
     DWORD dwCount = 0;
 
     const NetResourceRecord& At(DWORD dwIndex) const {
@@ -64,7 +63,6 @@ DWORD PackResources(DWORD dwCount, Record record, ResourceList& list) {
         target.Provider = packer.OptionalText(source.Provider);
     }
     list.block = std::move(block);
-    list.size = size.Size();
     list.dwCount = dwCount;
     return ERROR_SUCCESS;
 }
