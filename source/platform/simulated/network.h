@@ -44,7 +44,7 @@ struct NetworkShare {
 
 class Network {
   public:
-    explicit Network(const Machine& machine) : m_machine(const_cast<Machine&>(machine)) {}
+    explicit Network(Machine& machine) : m_machine(machine) {}
 
     /// In the order of their names.
     std::vector<NetworkProvider> Providers() const;
