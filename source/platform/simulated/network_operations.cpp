@@ -97,15 +97,14 @@ std::vector<Node> ShareNodes(const Network& network, const NetworkProvider& prov
 
 // ---- opening --------------------------------------------------------------------------------------------------------
 
-/// The provider of a container: the one that it names, else the first.
+/// The provider of a container: the one that it names, or is, else the first.
 std::optional<NetworkProvider> ProviderOf(const Network& network, const std::vector<NetworkProvider>& providers,
                                           const NETRESOURCEA& container) {
     if (container.lpProvider != nullptr) {
         return network.FindProvider(container.lpProvider);
     }
-    return network.FindProvider(container.lpRemoteName != nullptr && TextOf(container.lpRemoteName).front() != '\\'
-                                    ? container.lpRemoteName
-                                    : providers.front().name);
+    std::optional<NetworkProvider> named = network.FindProvider(TextOf(container.lpRemoteName));
+    return named ? named : providers.front();
 }
 
 /// What is below a container of a provider.
