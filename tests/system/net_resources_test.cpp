@@ -333,7 +333,9 @@ DWORD WINAPI AnswerEnum(HANDLE, LPDWORD count, LPVOID buffer, LPDWORD size) {
     g_answers.sizes.push_back(*size);
     const std::size_t turn = std::min(g_answers.sizes.size(), g_answers.answers.size()) - 1;
     const Answers::Answer& answer = g_answers.answers[turn];
-    std::memcpy(buffer, g_answers.entries.data(), g_answers.entries.size() * sizeof(NETRESOURCEA));
+    if (!g_answers.entries.empty()) {
+        std::memcpy(buffer, g_answers.entries.data(), g_answers.entries.size() * sizeof(NETRESOURCEA));
+    }
     if (answer.setsCount) {
         *count = answer.count;
     }
@@ -504,7 +506,7 @@ TEST_F(NetResourceBatch, BlockHoldsRecordsAndThenTheirTextsInOrder) {
     g_answers.answers = {{0, 2, 0, true}};
     Browse browse(Parent());
     ASSERT_EQ(browse.Count(), 2u);
-    const std::string_view expected("c1\0\\\\A\\Q\0Q\0p1\0\\\\B\0B\0p2\0", 26);
+    const std::string_view expected("c1\0\\\\A\\Q\0Q\0p1\0\\\\B\0B\0p2\0", 23);
     const std::string texts(reinterpret_cast<const char*>(browse.At(2)), expected.size());
     EXPECT_EQ(texts, expected);
     EXPECT_EQ(Machine().Heap().Size(browse.Block()), 2 * sizeof(NetResourceRecord) + expected.size());
