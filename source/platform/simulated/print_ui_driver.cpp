@@ -165,7 +165,25 @@ class DriverInstallation {
             m_queue.renames.clear();
             std::erase_if(m_queue.copies, [&](const QueuedCopy& copy) { return !LiesIn(copy.target, directory); });
         }
-        return Commit(m_machine, m_queue, nullptr, {&SetupDefaultQueueCallbackA, nullptr});
+        FileQueue queue = m_queue;
+        SpareFilesInUse(&queue);
+        return Commit(m_machine, queue, nullptr, {&SetupDefaultQueueCallbackA, nullptr});
+    }
+
+    /// The spooler may hold files outside the driver's folder, above all a monitor's library. One that wouldn't change
+    /// is left alone, another is replaced at the next start.
+    void SpareFilesInUse(FileQueue* queue) const {
+        Files& files = m_machine.Files();
+        auto isHeld = [&](const QueuedCopy& copy) {
+            return files.CheckOpen(copy.target, GENERIC_WRITE, 0) == ERROR_SHARING_VIOLATION;
+        };
+        std::erase_if(queue->copies, [&](const QueuedCopy& copy) {
+            return isHeld(copy) &&
+                   files.Read(copy.target) == files.Read(JoinPath(m_machine, copy.media.path, copy.name));
+        });
+        for (QueuedCopy& copy : queue->copies) {
+            copy.style |= isHeld(copy) ? static_cast<DWORD>(SP_COPY_FORCE_IN_USE) : 0;
+        }
     }
 
     DWORD AddMonitor(const DriverDescription& description) {
