@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "platform/simulated/restart.h"
 #include "support/calls.h"
 #include "support/spooler_setup.h"
 
@@ -221,17 +222,17 @@ TEST_F(DriverFileList, OfAFirstCallThatSucceedsIsEmpty) {
     EXPECT_THAT(list.otherFiles, IsEmpty());
 }
 
-/// A record that the spooler tells, with texts that a machine of the simulation would not give.
-DRIVER_INFO_3A g_record{};
+/// Records that the spooler tells, of a kind that a machine of the simulation would not give.
+std::vector<DRIVER_INFO_3A> g_records;
 
-BOOL WINAPI EnumTheRecord(LPSTR, LPSTR, DWORD, LPBYTE bytes, DWORD size, LPDWORD needed, LPDWORD count) {
-    *needed = sizeof g_record;
-    if (size < sizeof g_record) {
+BOOL WINAPI EnumTheRecords(LPSTR, LPSTR, DWORD, LPBYTE bytes, DWORD size, LPDWORD needed, LPDWORD count) {
+    *needed = static_cast<DWORD>(g_records.size() * sizeof(DRIVER_INFO_3A));
+    if (size < *needed) {
         simulated::lastError = ERROR_INSUFFICIENT_BUFFER;
         return FALSE;
     }
-    std::copy_n(reinterpret_cast<const BYTE*>(&g_record), sizeof g_record, bytes);
-    *count = 1;
+    std::copy_n(reinterpret_cast<const BYTE*>(g_records.data()), *needed, bytes);
+    *count = static_cast<DWORD>(g_records.size());
     return TRUE;
 }
 
@@ -241,19 +242,20 @@ TEST_F(DriverFileList, PassesOverNullAndEmptyTextsAndCutsFoldersOff) {
     char data[] = "C:\\x\\y\\aurora.gpd";
     char dependents[] = "\\\\server\\share\\Aur.Dll\0folder\\\0D:aur2.dll\0";
     char monitor[] = "";
-    g_record = {};
-    g_record.cVersion = 0x400;
-    g_record.pName = name;
-    g_record.pConfigFile = config;
-    g_record.pDataFile = data;
-    g_record.pDependentFiles = dependents;
-    g_record.pMonitorName = monitor;
+    g_records.assign(1, {});
+    DRIVER_INFO_3A& record = g_records.front();
+    record.cVersion = 0x400;
+    record.pName = name;
+    record.pConfigFile = config;
+    record.pDataFile = data;
+    record.pDependentFiles = dependents;
+    record.pMonitorName = monitor;
     ReplacedOperations replaced;
-    replaced.table.EnumPrinterDriversA = &EnumTheRecord;
+    replaced.table.EnumPrinterDriversA = &EnumTheRecords;
     const FileList list = ListFiles(0, nullptr, "aurora 500");
     EXPECT_EQ(list.code, 0u);
     EXPECT_THAT(list.deleteFiles, ElementsAre("", "AUR.DLL", "AURORA.GPD", "D:AUR2.DLL"));
-    g_record.pName = nullptr;
+    record.pName = nullptr;
     EXPECT_EQ(ListFiles(0, nullptr, "").deleteFiles.size(), 4u) << "a null name counts as empty";
     EXPECT_EQ(ListFiles(0, nullptr, "x").otherFiles.size(), 4u);
 }
@@ -264,14 +266,40 @@ TEST_F(DriverFileList, LeavesTrailBytesOfDoubleByteNamesAsTheyAre) {
     Machine().SetSystem(system);
     char name[] = "A";
     char data[] = "c:\\\x83\x61\x61.dll";  // a lead byte, a trail byte that looks like "a", and an "a"
-    g_record = {};
-    g_record.cVersion = 3;
-    g_record.pName = name;
-    g_record.pDataFile = data;
+    g_records.assign(1, {});
+    DRIVER_INFO_3A& record = g_records.front();
+    record.cVersion = 3;
+    record.pName = name;
+    record.pDataFile = data;
     ReplacedOperations replaced;
-    replaced.table.EnumPrinterDriversA = &EnumTheRecord;
+    replaced.table.EnumPrinterDriversA = &EnumTheRecords;
     EXPECT_THAT(ListFiles(3, nullptr, "A").deleteFiles, ElementsAre("\x83\x61"
                                                                     "A.DLL"));
+}
+
+TEST_F(DriverFileList, OfAnotherVersionSavesNoFile) {
+    Start("win98");
+    for (const char* file : {"SHARED.DLL", "KEPT.DLL"}) {
+        WriteFileOn(Machine(), DriverFolderOf() + "\\" + file, file);
+    }
+    char names[3][8] = {"Target", "Other", "Old"};
+    char files[3][24] = {"shared.dll", "kept.dll", "C:\\x\\Shared.DLL"};
+    char dependents[] = "Kept.dll\0";
+    g_records.assign(3, {});
+    for (std::size_t i = 0; i < g_records.size(); ++i) {
+        g_records[i].pName = names[i];
+        g_records[i].pDriverPath = files[i];
+    }
+    g_records[0].pDependentFiles = dependents;
+    g_records[2].cVersion = 2;
+    ReplacedOperations replaced;
+    replaced.table.EnumPrinterDriversA = &EnumTheRecords;
+    const FileList list = ListFiles(0, "Windows 4.0", "target");
+    EXPECT_EQ(
+        CDeleteDriverFile().DeleteDriverFiles(0, "Windows 4.0", &list.deleteFiles, &list.otherFiles, nullptr, nullptr),
+        0u);
+    EXPECT_FALSE(Machine().Files().Exists(DriverFolderOf() + "\\SHARED.DLL"));
+    EXPECT_TRUE(Machine().Files().Exists(DriverFolderOf() + "\\KEPT.DLL"));
 }
 
 // ---- DeleteDriverFiles ----------------------------------------------------------------------------------------------
@@ -561,6 +589,20 @@ TEST_F(DriverFilesDeletion, MonitorFileOf9xThatIsHeldGoesAtTheNextStart) {
                                               "WriteWininit() End(0)", "DeleteMonitorFile9x() End(0)"));
     EXPECT_TRUE(IsThere("MON.DLL"));
     EXPECT_THAT(ReadFileOn(Machine(), kWininit), HasSubstr("NUL=" + path));
+}
+
+TEST_F(DriverFilesDeletion, EmptyMonitorNameOn9xSchedulesWhatTheNextStartCanNotDo) {
+    // A folder is refused like a held file. The entry does no harm: no start deletes a folder.
+    Begin("win98");
+    Test().TurnLogOn();
+    EXPECT_EQ(DeleteMonitorFile9x(""), 0u);
+    EXPECT_THAT(Test().TakeLog(), ElementsAre("DeleteMonitorFile9x() -  Start", "WriteWininit() - NUL Start",
+                                              "WriteWininit() End(0)", "DeleteMonitorFile9x() End(0)"));
+    const std::vector<simulated::RestartStep> steps = simulated::Restart(Machine());
+    ASSERT_EQ(steps.size(), 1u);
+    EXPECT_EQ(steps.front().source, DriverFolderOf() + "\\");
+    EXPECT_EQ(steps.front().code, DWORD{ERROR_ACCESS_DENIED});
+    EXPECT_TRUE(IsThere("A.DLL"));
 }
 
 TEST_F(DriverFilesDeletion, MonitorFileOf9xGivesTheCodeOfItsSchedule) {

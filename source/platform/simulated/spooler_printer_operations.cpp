@@ -1,5 +1,6 @@
 // The spooler's calls about printers.
 #include "platform/simulated/info_buffer.h"
+#include "platform/simulated/network_browse.h"
 #include "platform/simulated/operations.h"
 #include "platform/simulated/spooler.h"
 #include "platform/simulated/spooler_connections.h"
@@ -157,6 +158,9 @@ BOOL WINAPI EnumPrintersA(DWORD Flags, LPSTR Name, DWORD Level, LPBYTE pPrinterE
         }
         if (!IsListLevel(machine, Level)) {
             return ERROR_INVALID_LEVEL;
+        }
+        if (const auto code = AnswerWithBrowseList(machine, Flags, TextOf(Name), Level, buffer)) {
+            return *code;
         }
         std::vector<Printer> printers;
         const DWORD code = CollectPrinters(machine, Flags, Name, &printers);
