@@ -148,15 +148,15 @@ TEST_P(LevelsOfEverySystem, DescriptorIsTheNtFamilys) {
 TEST_F(LevelTest, NewPrinterHasTheDescriptorOfItsSystem) {
     EXPECT_EQ(SecurityOf("Office"),
               "O:BAG:SYD:(A;;LCSWSDRCWDWO;;;BA)(A;OIIO;RPWPSDRCWDWO;;;BA)(A;;LCSWSDRCWDWO;;;PU)"
-              "(A;OIIO;RPWPSDRCWDWO;;;PU)(A;;LCSWRC;;;WD)(A;CIIO;RC;;;CO)(A;OIIO;RPWPSDRCWDWO;;;CO)");
+              "(A;OIIO;RPWPSDRCWDWO;;;PU)(A;;SWRC;;;WD)(A;CIIO;RC;;;CO)(A;OIIO;RPWPSDRCWDWO;;;CO)");
     StartWithPrinter("vista");
     EXPECT_EQ(SecurityOf("Office"),
-              "O:BAG:SYD:(A;;LCSWSDRCWDWO;;;BA)(A;OIIO;RPWPSDRCWDWO;;;BA)(A;;LCSWRC;;;WD)(A;CIIO;RC;;;CO)"
+              "O:BAG:SYD:(A;;LCSWSDRCWDWO;;;BA)(A;OIIO;RPWPSDRCWDWO;;;BA)(A;;SWRC;;;WD)(A;CIIO;RC;;;CO)"
               "(A;OIIO;RPWPSDRCWDWO;;;CO)");
 }
 
 TEST_F(LevelTest, DescriptorIsReplacedPartByPart) {
-    const PrinterHandle printer = Open("Office");
+    PrinterHandle printer = Open("Office");
     ASSERT_EQ(SetSecurity(printer, "O:SYG:BAD:(A;;GA;;;SY)"), 0u);
     EXPECT_EQ(SecurityOf("Office"), "O:SYG:BAD:(A;;GA;;;SY)");
     ASSERT_EQ(SetSecurity(printer, "O:LA"), 0u);
@@ -168,6 +168,7 @@ TEST_F(LevelTest, DescriptorIsReplacedPartByPart) {
     ASSERT_EQ(SetSecurity(printer, "D:"), 0u);
     EXPECT_EQ(SecurityOf("Office"), "O:LAG:WDD:S:AR(AU;SA;GW;;;WD)");
     ASSERT_EQ(SetSecurity(printer, "D:NO_ACCESS_CONTROL"), 0u);
+    printer.Reset();
     Test().Reopen();
     EXPECT_EQ(SecurityOf("Office"), "O:LAG:WDD:NO_ACCESS_CONTROLS:AR(AU;SA;GW;;;WD)");
 }
@@ -268,8 +269,9 @@ TEST_F(LevelTest, DescriptorGoesAlongUnderANewName) {
 TEST_F(LevelTest, PrinterIsPublishedAndTakenOut) {
     EXPECT_EQ(StateOf("Office").guid, "");
     EXPECT_EQ(StateOf("Office").action, DWORD{DSPRINT_UNPUBLISH});
-    const PrinterHandle printer = Open("Office");
+    PrinterHandle printer = Open("Office");
     ASSERT_EQ(SetAction(printer, DSPRINT_PUBLISH), 0u);
+    printer.Reset();
     Test().Reopen();
     const State published = StateOf("Office");
     EXPECT_THAT(published.guid, ::testing::MatchesRegex("\\{[0-9a-f]{8}(-[0-9a-f]{4}){3}-[0-9a-f]{12}\\}"));
@@ -312,10 +314,11 @@ TEST_F(LevelTest, UnknownActionsAndNamedObjectsAreRefused) {
 // ---- levels 8 and 9 -------------------------------------------------------------------------------------------------
 
 TEST_F(LevelTest, Level8IsThePrintersOwnDevMode) {
-    const PrinterHandle printer = Open("Office");
+    PrinterHandle printer = Open("Office");
     EXPECT_EQ(CopiesAt("Office", 8), 1);
     DEVMODEA mode = ModeWithCopies(5);
     ASSERT_EQ(Set(printer, 8, PRINTER_INFO_8A{&mode}), 0u);
+    printer.Reset();
     Test().Reopen();
     EXPECT_EQ(CopiesAt("Office", 8), 5);
     EXPECT_EQ(GetPrinter<PRINTER_INFO_2A>(OpenPlainly("Office").Get(), 2).Records().at(0).pDevMode->dmCopies, 5);
@@ -333,9 +336,10 @@ TEST_F(LevelTest, NullDevModeIsTheDriversOwnAgain) {
 
 TEST_F(LevelTest, Level9IsTheUsersAlone) {
     EXPECT_EQ(CopiesAt("Office", 9), 0);
-    const PrinterHandle printer = Open("Office");
+    PrinterHandle printer = Open("Office");
     DEVMODEA mode = ModeWithCopies(7);
     ASSERT_EQ(Set(printer, 9, PRINTER_INFO_8A{&mode}), 0u);
+    printer.Reset();
     Test().Reopen();
     EXPECT_EQ(CopiesAt("Office", 9), 7);
     EXPECT_EQ(CopiesAt("Office", 8), 1);
