@@ -98,7 +98,7 @@ const Text kTexts[] = {
     {"D:(A;;GRGWGX;;;WD)", "D:(A;;GXGWGR;;;WD)"},
     {"D:(A;;FA;;;WD)(A;;FR;;;WD)(A;;FW;;;WD)(A;;FX;;;WD)(A;;KA;;;WD)(A;;KR;;;WD)(A;;KW;;;WD)"},
     {"D:(A;;KX;;;WD)", "D:(A;;KR;;;WD)"},
-    {"D:(A;;FRSD;;;WD)", "D:(A;;CCSWWPLOSDRC;;;WD)"},
+    {"D:(A;;FRSD;;;WD)", "D:(A;;0x130089;;;WD)"},
     {"D:(A;;LCSWSDRCWDWO;;;BA)"},
     {"D:(A;;0xf000c;;;BA)", "D:(A;;LCSWSDRCWDWO;;;BA)"},
     {"D:(A;;983052;;;BA)", "D:(A;;LCSWSDRCWDWO;;;BA)"},
