@@ -92,8 +92,8 @@ const Text kTexts[] = {
     {"D:(A;IDIONPCIOI;GA;;;WD)", "D:(A;OICINPIOID;GA;;;WD)"},
     {"S:(AU;FASA;GA;;;WD)", "S:(AU;SAFA;GA;;;WD)"},
     // Rights.
-    {"D:(A;;;;;WD)", "D:(A;;0x0;;;WD)"},
-    {"D:(A;;0;;;WD)", "D:(A;;0x0;;;WD)"},
+    {"D:(A;;;;;WD)"},
+    {"D:(A;;0;;;WD)", "D:(A;;;;;WD)"},
     {"D:(A;;GR;;;WD)(A;;GW;;;WD)(A;;GX;;;WD)(A;;GA;;;WD)"},
     {"D:(A;;GRGWGX;;;WD)", "D:(A;;GXGWGR;;;WD)"},
     {"D:(A;;FA;;;WD)(A;;FR;;;WD)(A;;FW;;;WD)(A;;FX;;;WD)(A;;KA;;;WD)(A;;KR;;;WD)(A;;KW;;;WD)"},

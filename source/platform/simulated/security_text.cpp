@@ -68,7 +68,7 @@ std::string RightsText(ACCESS_MASK rights) {
             rest &= ~right.value;
         }
     }
-    if (rest == 0 && rights != 0) {
+    if (rest == 0) {
         return text;
     }
     char number[16];
