@@ -36,7 +36,7 @@ std::string ProgramsOf(const std::string& system) {
 
 /// Systems from before Internet Explorer 5 and those that never got it have no "shfolder.dll".
 bool HasFolderLibrary(const std::string& system) {
-    return system != "win95" && system != "nt4" && system != "other";
+    return system != "win95" && system != "nt4";
 }
 
 LinkSettings LinkOn(simulated::Machine& machine, const std::string& path) {
