@@ -594,6 +594,12 @@ TEST_F(DescriptorBytes, EmptyValueIsHandedOutAsABlock) {
     EXPECT_EQ(sd.Length(), 0u);
 }
 
+TEST_F(DescriptorBytes, NullBytesWithALengthAreNotWritten) {
+    const std::optional<std::string> before = SecurityOn(Test(), "P1");
+    EXPECT_EQ(SetStringSD("P1", nullptr, 5), 0u);
+    EXPECT_EQ(SecurityOn(Test(), "P1"), before);
+}
+
 TEST_F(DescriptorBytes, NeedNoSpooler) {
     EXPECT_EQ(Set("Nobody", kBytes), 0u);
     EXPECT_EQ(SecurityOn(Test(), "Nobody"), kBytes);

@@ -18,9 +18,9 @@ HANDLE CurrentProcess() {
     return reinterpret_cast<HANDLE>(static_cast<intptr_t>(-1));
 }
 
-/// The 9x family exports these calls and carries none of them out.
+/// The 9x family and Win32s export these calls and carry none of them out.
 bool HasSecurity() {
-    return Current().System().platform == VER_PLATFORM_WIN32_NT || Current().Generation() == Generation::Other;
+    return !Current().Is9x() && Current().Generation() != Generation::Win32s;
 }
 
 // ---- what a token tells ---------------------------------------------------------------------------------------------
