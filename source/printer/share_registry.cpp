@@ -100,7 +100,7 @@ class ShareInfo {
         return lpszText;
     }
 
-    struct {
+    struct alignas(void*) {
         share_info_50 info;
         char room[kShareInfoSize + sizeof(PrinterShareRecord::Remark) + sizeof(PrinterShareRecord::Path)];
     } m_buffer = {};
