@@ -1,4 +1,4 @@
-// pikel driver add|list|copy|stage|local|loaded|hwid|registry.
+// pikel driver add|list|delete|copy|stage|local|loaded|hwid|registry.
 #include <cstdio>
 
 #include "commands.h"
@@ -13,16 +13,24 @@ struct DriverOptions {
     std::string inf;
     std::string model;
     std::string folder;
+    std::string processor;              ///< of a removal; empty: the system's own
+    std::vector<std::string> profiles;  ///< of a removal
+    bool keepFiles = false;
+    bool printUi = false;
 };
 
 void AddFromInf(Session& session, const DriverOptions& options) {
     session.RequireMachine();
-    std::string inf = session.PathFor(options.inf);
+    std::string inf = options.printUi ? session.PathInFolderFor(options.inf) : session.PathFor(options.inf);
     Target target = session.TargetSystem();
-    TableBlock<DriverAddRecord> record(session.Table());
-    ReadDriverRecord(session, inf, options.model, target, record);
-    CopyDriverFiles(session, inf, options.model, target);
-    AddDriver(session, *record.Get());
+    if (options.printUi) {
+        AddDriverThroughPrintUi(session, inf, options.model, target);
+    } else {
+        TableBlock<DriverAddRecord> record(session.Table());
+        ReadDriverRecord(session, inf, options.model, target, record);
+        CopyDriverFiles(session, inf, options.model, target);
+        AddDriver(session, *record.Get());
+    }
     session.Print({{"driver", Utf8(options.model.c_str())}},
                   [&] { std::printf("added driver %s\n", options.model.c_str()); });
 }
@@ -52,6 +60,26 @@ void List(Session& session) {
                         static_cast<unsigned>(driver.version));
         }
     });
+}
+
+void Delete(Session& session, DriverOptions options) {
+    session.RequireMachine();
+    DriverGeneration generation = GenerationOf(session.TargetSystem());
+    if (!options.processor.empty()) {
+        generation = {PIKEL_DRIVER_VERSION_2000, options.processor == "x64"    ? PIKEL_PROCESSOR_X64
+                                                 : options.processor == "ia64" ? PIKEL_PROCESSOR_IA64
+                                                                               : PIKEL_PROCESSOR_X86};
+    }
+    std::vector<LPSTR> profiles;
+    for (std::string& profile : options.profiles) {
+        profiles.push_back(profile.data());
+    }
+    const DWORD status = session.Table().PI_KEL_DeletePrinterDriver(
+        generation.version, options.model.c_str(), generation.processor, static_cast<DWORD>(profiles.size()),
+        profiles.data(), options.keepFiles ? 0 : 1, options.printUi ? 1 : 0);
+    Session::Check("PI_KEL_DeletePrinterDriver", status, PIKEL_PREFIX_DRIVER_DELETE);
+    session.Print({{"driver", Utf8(options.model.c_str())}},
+                  [&] { std::printf("deleted driver %s\n", options.model.c_str()); });
 }
 
 void Copy(Session& session, const DriverOptions& options) {
@@ -145,7 +173,17 @@ void AddDriverCommands(CLI::App& app, Session& session) {
 
     CLI::App* add = noun->add_subcommand("add", "Copy a model's files and add its driver");
     AddInfAndModel(*add, *options);
+    add->add_flag("--print-ui", options->printUi, "Through the system's Print UI: Windows 2000 and later");
     add->callback([&session, options] { AddFromInf(session, *options); });
+
+    CLI::App* remove = noun->add_subcommand("delete", "Delete a driver with what belongs to it alone");
+    remove->add_option("DRIVER", options->model, "The driver's name")->required();
+    remove->add_option("--processor", options->processor, "Of a driver for another processor than the system's")
+        ->check(CLI::IsMember({"x86", "ia64", "x64"}));
+    remove->add_option("--profile", options->profiles, "Colour profile to uninstall; may be given several times");
+    remove->add_flag("--print-ui", options->printUi, "Through the system's Print UI: Windows 2000 and later");
+    remove->add_flag("--keep-files", options->keepFiles, "With --print-ui: leave the language monitor's files");
+    remove->callback([&session, options] { Delete(session, *options); });
 
     noun->add_subcommand("list", "List the drivers")->callback([&session] { List(session); });
 

@@ -1,7 +1,8 @@
-// pikel port create, pikel printer add|list, pikel default get|set.
+// pikel port create, pikel printer add|list|delete|uninstall, pikel default get|set.
 #include <cstdio>
 
 #include "commands.h"
+#include "platform/platform.h"
 #include "steps.h"
 #include "system_view.h"
 
@@ -43,6 +44,89 @@ void ListPrintersCommand(Session& session) {
                         Utf8(printer.driver.c_str()).c_str(), Utf8(printer.port.c_str()).c_str());
         }
     });
+}
+
+struct RemovalOptions {
+    std::string name;
+    std::vector<std::string> profiles;
+    bool keepShare = false;
+    bool keepFiles = false;
+    bool printUi = false;
+};
+
+/// The profiles of a removal: those named, else those that the printer reports.
+class RemovedProfiles {
+  public:
+    RemovedProfiles(Session& session, RemovalOptions& options) : m_record(session.Table()) {
+        for (std::string& profile : options.profiles) {
+            m_profiles.push_back(profile.data());
+        }
+        // A printer that can't be read whole is removed all the same, without profiles.
+        if (m_profiles.empty() && session.Table().PI_KEL_GetPrinter(options.name.c_str(), m_record.Out()) == 0) {
+            m_profiles.assign(m_record->ColorProfiles, m_record->ColorProfiles + m_record->ColorProfileCount);
+        }
+    }
+    DWORD Count() const { return static_cast<DWORD>(m_profiles.size()); }
+    LPSTR* List() { return m_profiles.empty() ? nullptr : m_profiles.data(); }
+
+  private:
+    TableBlock<PrinterRecord> m_record;
+    std::vector<LPSTR> m_profiles;
+};
+
+void DeletePrinterCommand(Session& session, RemovalOptions options) {
+    session.RequireMachine();
+    const PI_KEL_Interface& table = session.Table();
+    if (options.keepShare) {
+        Session::Check("PI_KEL_DeletePrinterWithoutShareReg",
+                       table.PI_KEL_DeletePrinterWithoutShareReg(options.name.c_str()), PIKEL_PREFIX_PRINTER_DELETE);
+    } else {
+        RemovedProfiles profiles(session, options);
+        Session::Check("PI_KEL_DeletePrinter",
+                       table.PI_KEL_DeletePrinter(options.name.c_str(), profiles.Count(), profiles.List(),
+                                                  options.printUi ? 1 : 0),
+                       PIKEL_PREFIX_PRINTER_DELETE);
+    }
+    session.Print({{"printer", Utf8(options.name.c_str())}},
+                  [&] { std::printf("deleted printer %s\n", options.name.c_str()); });
+}
+
+/// Name of a printer's driver; empty for a printer that isn't there.
+std::string DriverOf(const std::string& printer) {
+    for (const PrinterView& view : ListPrinters()) {
+        if (Platform().lstrcmpiA(view.name.c_str(), printer.c_str()) == 0) {
+            return view.driver;
+        }
+    }
+    return "";
+}
+
+bool IsDriverThere(const std::string& driver) {
+    for (const DriverView& view : ListDrivers()) {
+        if (view.name == driver) {
+            return true;
+        }
+    }
+    return false;
+}
+
+void UninstallPrinterCommand(Session& session, RemovalOptions options) {
+    session.RequireMachine();
+    const DriverGeneration generation = GenerationOf(session.TargetSystem());
+    const std::string driver = DriverOf(options.name);
+    RemovedProfiles profiles(session, options);
+    Session::Check("PI_KEL_UninstallPrinter",
+                   session.Table().PI_KEL_UninstallPrinter(options.name.c_str(), driver.c_str(), generation.version,
+                                                           generation.processor, profiles.Count(), profiles.List(),
+                                                           options.keepFiles ? 0 : 1, options.printUi ? 1 : 0),
+                   PIKEL_PREFIX_DRIVER_ADD);
+    session.LookAgain();
+    const bool driverStays = IsDriverThere(driver);
+    session.Print(
+        {{"printer", Utf8(options.name.c_str())}, {"driver", Utf8(driver.c_str())}, {"driverStays", driverStays}}, [&] {
+            std::printf("uninstalled printer %s; driver %s %s\n", options.name.c_str(), driver.c_str(),
+                        driverStays ? "stays, another printer uses it" : "is gone");
+        });
 }
 
 void GetDefault(Session& session) {
@@ -91,6 +175,26 @@ void AddPrinterCommands(CLI::App& app, Session& session) {
     add->callback([&session, printer] { AddPrinterCommand(session, *printer); });
 
     noun->add_subcommand("list", "List the printers")->callback([&session] { ListPrintersCommand(session); });
+
+    auto removal = std::make_shared<RemovalOptions>();
+    auto addCommon = [&](CLI::App* command) {
+        command->add_option("NAME", removal->name, "Name of the printer")->required();
+        command->add_option("--profile", removal->profiles,
+                            "Colour profile that goes as well; without any those that the printer reports");
+        command->add_flag("--print-ui", removal->printUi, "Through the system's Print UI, before Vista");
+    };
+    CLI::App* remove = noun->add_subcommand("delete", "Delete a printer, or the connection to \\\\SERVER\\PRINTER");
+    addCommon(remove);
+    remove->add_flag("--keep-share", removal->keepShare, "Leave profiles, and the share of Windows 95, 98 and Me");
+    remove->callback([&session, removal] { DeletePrinterCommand(session, *removal); });
+
+    CLI::App* uninstall =
+        noun->add_subcommand("uninstall", "Delete a printer, and its driver when nobody else uses it");
+    addCommon(uninstall);
+    uninstall->add_flag("--keep-files", removal->keepFiles, "With --print-ui: leave the language monitor's files");
+    uninstall->callback([&session, removal] { UninstallPrinterCommand(session, *removal); });
+
+    AddPrinterRecordCommands(*noun, session);
 }
 
 void AddDefaultCommands(CLI::App& app, Session& session) {

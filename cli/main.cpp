@@ -66,6 +66,9 @@ int Main(int argc, char** argv) {
     AddFileCommands(app, session);
     AddCabinetCommands(app, session);
     AddMonitorCommands(app, session);
+    AddPrintUiCommands(app, session);
+    AddNetworkCommands(app, session);
+    AddShellCommands(app, session);
     AddMachineCommands(app, session);
     try {
         app.parse(argc, argv);

@@ -88,6 +88,12 @@ std::string Session::PathFor(const std::string& file) {
     return path;
 }
 
+std::string Session::PathInFolderFor(const std::string& file) {
+    return PathFor(file);
+}
+
+void Session::LookAgain() {}
+
 std::string Session::FolderFor(const std::string& folder) {
     std::string path = PathFor(folder);
     while (path.size() > 3 && path.back() == '\\') {
@@ -144,6 +150,22 @@ std::string Session::PathFor(const std::string& file) {
     }
     m_mediumFolder = path.parent_path().string();
     return "D:\\" + path.filename().string();
+}
+
+std::string Session::PathInFolderFor(const std::string& file) {
+    const std::string path = PathFor(file);
+    const std::filesystem::path folder = m_mediumFolder;
+    if (HasDriveLetter(file) || !folder.has_filename()) {
+        return path;
+    }
+    m_mediumFolder = folder.parent_path().string();
+    return "D:\\" + folder.filename().string() + path.substr(2);
+}
+
+void Session::LookAgain() {
+    simulated::Use(nullptr);
+    m_machine.reset();
+    RequireMachine();
 }
 
 std::string Session::FolderFor(const std::string& folder) {
@@ -231,16 +253,32 @@ void Session::Progress(const std::string& text) const {
     }
 }
 
-std::string Utf8(const char* text) {
+namespace {
+
+/// Text of one code page in another one.
+std::string Recode(const std::string& text, UINT from, UINT to) {
     const PlatformTable& platform = Platform();
-    int length = platform.MultiByteToWideChar(CP_ACP, 0, text, -1, nullptr, 0);
+    const int size = static_cast<int>(text.size());
+    const int length = size == 0 ? 0 : platform.MultiByteToWideChar(from, 0, text.data(), size, nullptr, 0);
     std::basic_string<WCHAR> wide(length > 0 ? static_cast<std::size_t>(length) : 0, 0);
-    platform.MultiByteToWideChar(CP_ACP, 0, text, -1, wide.data(), length);
-    int bytes = platform.WideCharToMultiByte(CP_UTF8, 0, wide.data(), length, nullptr, 0, nullptr, nullptr);
-    std::string utf8(bytes > 0 ? static_cast<std::size_t>(bytes) : 0, '\0');
-    platform.WideCharToMultiByte(CP_UTF8, 0, wide.data(), length, utf8.data(), bytes, nullptr, nullptr);
-    utf8.resize(utf8.empty() ? 0 : utf8.size() - 1);
-    return utf8;
+    if (wide.empty()) {
+        return "";
+    }
+    platform.MultiByteToWideChar(from, 0, text.data(), size, wide.data(), length);
+    const int bytes = platform.WideCharToMultiByte(to, 0, wide.data(), length, nullptr, 0, nullptr, nullptr);
+    std::string result(bytes > 0 ? static_cast<std::size_t>(bytes) : 0, '\0');
+    platform.WideCharToMultiByte(to, 0, wide.data(), length, result.data(), bytes, nullptr, nullptr);
+    return result;
+}
+
+}  // namespace
+
+std::string Utf8(const char* text) {
+    return Recode(text, CP_ACP, CP_UTF8);
+}
+
+std::string FromUtf8(const std::string& text) {
+    return Recode(text, CP_UTF8, CP_ACP);
 }
 
 nlohmann::json JsonText(const char* text) {

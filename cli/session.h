@@ -33,11 +33,18 @@ class Session {
     /// path with a drive letter is the machine's own. On Windows the full path. Throws ToolError for a missing file.
     std::string PathFor(const std::string& file);
 
+    /// The same for a file that may not lie in a drive's root: the Print UI can't read a folder that ends in a
+    /// backslash. On a machine the disk in drive D: is then what holds the file's folder.
+    std::string PathInFolderFor(const std::string& file);
+
     /// The same for a folder; the result has no backslash at its end.
     std::string FolderFor(const std::string& folder);
 
     /// Throws ToolError, with what to do, unless a machine is named. On Windows the system itself is the machine.
     void RequireMachine();
+
+    /// Has the next look at the machine see what the library has changed since the last one.
+    void LookAgain();
 
     /// The named machine, or without one a fresh machine that goes with the session: for questions that change nothing
     /// which a person would want to keep. Call it behind PathFor.
@@ -94,5 +101,7 @@ class TableBlock {
 std::string Utf8(const char* text);
 /// The same where the text may be null: JSON null then.
 nlohmann::json JsonText(const char* text);
+/// UTF-8 as narrow text of the system.
+std::string FromUtf8(const std::string& text);
 
 }  // namespace pikel::cli

@@ -31,6 +31,21 @@ LPSTR Field(const std::string& text) {
 
 }  // namespace
 
+DriverGeneration GenerationOf(const Target& target) {
+    switch (target.architecture) {
+        case PIKEL_ARCHITECTURE_WINDOWS_9X:
+            return {PIKEL_DRIVER_VERSION_9X, PIKEL_PROCESSOR_X86};
+        case PIKEL_ARCHITECTURE_NT4_X86:
+            return {PIKEL_DRIVER_VERSION_NT4, PIKEL_PROCESSOR_X86};
+        case PIKEL_ARCHITECTURE_IA64:
+            return {PIKEL_DRIVER_VERSION_2000, PIKEL_PROCESSOR_IA64};
+        case PIKEL_ARCHITECTURE_X64:
+            return {PIKEL_DRIVER_VERSION_2000, PIKEL_PROCESSOR_X64};
+        default:
+            return {};
+    }
+}
+
 void ReadDriverRecord(Session& session, const std::string& inf, const std::string& model, const Target& target,
                       TableBlock<DriverAddRecord>& record) {
     Session::Check("PI_KEL_GetInfInfo",
@@ -46,6 +61,15 @@ void CopyDriverFiles(Session& session, const std::string& inf, const std::string
         session.Table().PI_KEL_CopyInfDriverFiles(inf.c_str(), model.c_str(), &OnQueueEvent, target.architecture,
                                                   static_cast<INT>(target.major), target.minor, nullptr, nullptr),
         PIKEL_PREFIX_FILE_COPY);
+}
+
+void AddDriverThroughPrintUi(Session& session, const std::string& inf, const std::string& model, const Target& target) {
+    const DriverGeneration generation = GenerationOf(target);
+    session.Progress("adding driver " + model);
+    Session::Check("PI_KEL_AddPrinterDriver",
+                   session.Table().PI_KEL_AddPrinterDriver(inf.c_str(), model.c_str(), generation.version,
+                                                           generation.processor, nullptr, 1),
+                   PIKEL_PREFIX_DRIVER_ADD);
 }
 
 void AddDriver(Session& session, const DriverAddRecord& record) {
@@ -90,6 +114,11 @@ void AddPrinterStep(Session& session, const NewPrinter& printer) {
     options.ColorProfileCount = static_cast<DWORD>(profiles.size());
     options.ColorProfiles = profiles.empty() ? nullptr : profiles.data();
     Session::Check("PI_KEL_AddPrinter", session.Table().PI_KEL_AddPrinter(&record, &options), PIKEL_PREFIX_PRINTER_ADD);
+}
+
+void ReadPrinter(Session& session, const std::string& printer, TableBlock<PrinterRecord>& record) {
+    Session::Check("PI_KEL_GetPrinter", session.Table().PI_KEL_GetPrinter(printer.c_str(), record.Out()),
+                   PIKEL_PREFIX_GENERAL);
 }
 
 void SetDefaultStep(Session& session, const std::string& printer) {

@@ -20,6 +20,13 @@ struct NewPrinter {
     DWORD retryTimeout = 0;
 };
 
+/// DriverVersionCode and ProcessorCode of the drivers of a system.
+struct DriverGeneration {
+    DWORD version = PIKEL_DRIVER_VERSION_2000;
+    DWORD processor = PIKEL_PROCESSOR_X86;
+};
+DriverGeneration GenerationOf(const Target& target);
+
 /// What a new port is made of.
 struct NewPort {
     std::string name;
@@ -34,10 +41,14 @@ void ReadDriverRecord(Session& session, const std::string& inf, const std::strin
                       TableBlock<DriverAddRecord>& record);
 /// Copies the files that the INF names.
 void CopyDriverFiles(Session& session, const std::string& inf, const std::string& model, const Target& target);
+/// Copies the files and adds the driver, all by the system's Print UI.
+void AddDriverThroughPrintUi(Session& session, const std::string& inf, const std::string& model, const Target& target);
 void AddDriver(Session& session, const DriverAddRecord& record);
 /// @return the name that the port SDK gave the port
 std::string CreatePortStep(Session& session, const NewPort& port);
 void AddPrinterStep(Session& session, const NewPrinter& printer);
+/// Reads all that is known of a printer.
+void ReadPrinter(Session& session, const std::string& printer, TableBlock<PrinterRecord>& record);
 void SetDefaultStep(Session& session, const std::string& printer);
 
 }  // namespace pikel::cli

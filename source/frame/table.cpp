@@ -10,6 +10,7 @@
 #include "deploy/local_copy.h"
 #include "deploy/staged_copy.h"
 #include "driver/add_printer_driver.h"
+#include "driver/delete_printer_driver.h"
 #include "driver/file_use.h"
 #include "driver/hwid_folder.h"
 #include "driver/monitor_file.h"
@@ -23,9 +24,18 @@
 #include "platform/platform.h"
 #include "printer/add_printer.h"
 #include "printer/default_printer.h"
+#include "printer/delete_printer.h"
 #include "printer/effective_dev_mode.h"
+#include "printer/get_printer.h"
 #include "printer/port.h"
+#include "printer/set_printer.h"
+#include "printer/uninstall.h"
+#include "printui/print_ui_commands.h"
+#include "printui/run_dll32.h"
 #include "system/cabinet.h"
+#include "system/net_resources.h"
+#include "system/security.h"
+#include "system/short_cut.h"
 
 namespace pikel {
 namespace {
@@ -71,13 +81,41 @@ struct PI_KEL_FreeMemory_Slot {
 // ---- workers that choose a route or keep a text ---------------------------------------------------------------------
 
 /// Slot 3: the Print UI route where the caller asks for it, else the direct one, for which the record alone counts.
-DWORD AddPrinterDriverByRoute(LPCSTR /*infPath*/, LPCSTR /*modelName*/, DWORD /*driverVersion*/, DWORD /*processor*/,
+DWORD AddPrinterDriverByRoute(LPCSTR infPath, LPCSTR modelName, DWORD driverVersion, DWORD processor,
                               const DriverAddRecord* record, INT usePrintUI) {
-    if (usePrintUI != 0) {
-        // The Print UI route itself isn't served yet.
-        return IsPrintUIUsable() ? ERROR_CALL_NOT_IMPLEMENTED : ERROR_INVALID_PARAMETER;
+    if (usePrintUI == 0) {
+        return DoAddPrinterDriver(nullptr, record);
     }
-    return DoAddPrinterDriver(nullptr, record);
+    return IsPrintUIUsable() ? DoAddDriverToPrintUI(infPath, modelName, driverVersion, processor)
+                             : DWORD{ERROR_INVALID_PARAMETER};
+}
+
+/// Slot 4: likewise. The direct route restarts no spooler and reads no file removal flag.
+DWORD DeletePrinterDriverByRouteKept(DWORD driverVersion, LPCSTR lpszDriverName, DWORD processor, DWORD profileCount,
+                                     LPSTR* profileList, DWORD fileRemovalFlag, DWORD usePrintUI) {
+    const KeptText driverName(lpszDriverName);
+    if (usePrintUI == 0) {
+        return DoDeletePrinterDriver(driverVersion, driverName.Get(), processor, profileCount, profileList,
+                                     fileRemovalFlag, 0);
+    }
+    return IsPrintUIUsable() ? DoDeletePrinterDriverToPrintUI(driverVersion, driverName.Get(), processor, profileCount,
+                                                              profileList, fileRemovalFlag, 0)
+                             : DWORD{ERROR_INVALID_PARAMETER};
+}
+
+/// Slot 29: there is no other route.
+DWORD InstallPrinterToPrintUI(LPCSTR infPath, LPCSTR printerName, LPCSTR modelName, LPCSTR portName, LPCSTR shareName,
+                              LPCSTR spare, DWORD shareFlag) {
+    return IsPrintUIUsable()
+               ? DoInstallPrinterToPrintUI(infPath, printerName, modelName, portName, shareName, spare, shareFlag)
+               : DWORD{ERROR_INVALID_PARAMETER};
+}
+
+DWORD UninstallPrinterKept(LPCSTR printerName, LPCSTR lpszDriverName, DWORD driverVersion, DWORD processor,
+                           DWORD profileCount, LPSTR* profileList, DWORD fileRemovalFlag, INT usePrintUI) {
+    const KeptText driverName(lpszDriverName);
+    return UninstallPrinterByRoute(printerName, driverName.Get(), driverVersion, processor, profileCount, profileList,
+                                   fileRemovalFlag, usePrintUI);
 }
 
 DWORD GetInfInfoKept(LPCSTR lpcInfPath, LPCSTR lpDriverName, DWORD dwArchitecture, DWORD dwMajorVersion,
@@ -151,6 +189,7 @@ DWORD GetInstalledInfNameKept(LPCSTR driverName, DWORD dwArchitecture, DWORD dwM
 // ---- slots from 3 on ------------------------------------------------------------------------------------------------
 
 STATUS_SLOT(PI_KEL_AddPrinterDriver, PIKEL_PREFIX_DRIVER_ADD, AddPrinterDriverByRoute)
+STATUS_SLOT(PI_KEL_DeletePrinterDriver, PIKEL_PREFIX_DRIVER_DELETE, DeletePrinterDriverByRouteKept)
 VALUE_SLOT(PI_KEL_IsDriverFileLoaded, IsDriverFileLoaded)
 STATUS_SLOT(PI_KEL_GetDriverFileVersion, PIKEL_PREFIX_GENERAL, GetDriverFileVersion)
 VALUE_SLOT(PI_KEL_CheckDriverFileVersion, CheckDriverFileVersionKept)
@@ -171,7 +210,18 @@ STATUS_SLOT(PI_KEL_GetDriverListFromInf, PIKEL_PREFIX_INF_READ, PI_GetDriverList
 STATUS_SLOT(PI_KEL_InfFileCopy, PIKEL_PREFIX_FILE_COPY, InfFileCopyKept)
 STATUS_SLOT(PI_KEL_GetInstalledInfName, PIKEL_PREFIX_INSTALLED_INF, GetInstalledInfNameKept)
 STATUS_SLOT(PI_KEL_CreatePort, PIKEL_PREFIX_PORT, PI_CreatePort)
+STATUS_SLOT(PI_KEL_EnumNetResources, PIKEL_PREFIX_NETWORK, DoEnumNetResources)
+STATUS_SLOT(PI_KEL_GetPrinter, PIKEL_PREFIX_GENERAL, DoGetPrinter)
+STATUS_SLOT(PI_KEL_SetPrinter, PIKEL_PREFIX_GENERAL, DoSetPrinter)
 STATUS_SLOT(PI_KEL_AddPrinter, PIKEL_PREFIX_PRINTER_ADD, DoAddPrinter)
+STATUS_SLOT(PI_KEL_DeletePrinter, PIKEL_PREFIX_PRINTER_DELETE, DeletePrinterByRoute)
+STATUS_SLOT(PI_KEL_DeletePrinterWithoutShareReg, PIKEL_PREFIX_PRINTER_DELETE, DoDeletePrinterWithoutShareReg)
+STATUS_SLOT(PI_KEL_UninstallPrinter, PIKEL_PREFIX_DRIVER_ADD, UninstallPrinterKept)
+STATUS_SLOT(PI_KEL_RunPrintUI, PIKEL_PREFIX_GENERAL, DoRunPrintUI)
+STATUS_SLOT(PI_KEL_GetResourceStrFromPrintUI, PIKEL_PREFIX_GENERAL, DoGetResourceStrFromPrintUI)
+STATUS_SLOT(PI_KEL_InstallPrinterToPrintUI, PIKEL_PREFIX_DRIVER_ADD, InstallPrinterToPrintUI)
+VALUE_SLOT(PI_KEL_IsAdministrators, IsAdministrators)
+STATUS_SLOT(PI_KEL_CreateShortCut, PIKEL_PREFIX_GENERAL, DoCreateShortCut)
 VALUE_SLOT(PI_KEL_IsValidInfFile, IsTarvoPrinterDriver)
 STATUS_SLOT(PI_KEL_GetInfOsVersion, PIKEL_PREFIX_GENERAL, DoGetInfOsVersion)
 STATUS_SLOT(PI_KEL_GetCustomizeInfo, PIKEL_PREFIX_GENERAL, DoGetCustomizeInfo)
@@ -191,14 +241,6 @@ struct PI_KEL_SetEffectiveDevMode_Slot {
         return 0;
     }
 };
-
-template <class... Arguments>
-DWORD NotServed(Arguments...) {
-    return ERROR_CALL_NOT_IMPLEMENTED;
-}
-#define UNSERVED_STATUS(operation, startName, prefix) STATUS_SLOT_STARTING_AS(operation, startName, prefix, NotServed)
-#define UNSERVED_VALUE(operation) VALUE_SLOT(operation, NotServed)
-#include "frame/unserved.def"
 
 /// The order is the calling contract with installers.
 constexpr PI_KEL_Interface kInterface = {

@@ -213,21 +213,63 @@ TEST_F(TableTest, SetEffectiveDevModeCarriesItsArgumentInTheStartLine) {
     EXPECT_EQ(Table().PI_KEL_SetEffectiveDevMode(1), 0u);
 }
 
-// The slots without a worker so far, called through the table with the zeros that their types allow.
+// Each slot with the zeros that its types allow: refused with its own prefix, between its own start and end lines.
 template <class Result, class... Parameters>
 Result CallWithZeros(Result(WINAPI* operation)(Parameters...)) {
     return operation(Parameters{}...);
 }
 
-TEST_F(TableTest, ASlotWithoutWorkerSaysSo) {
+struct RefusedSlot {
+    const char* name;
+    DWORD prefix;
+    DWORD (*call)();
+};
+#define REFUSED_SLOT(operation, prefix)                                     \
+    RefusedSlot {                                                           \
+#operation, prefix, [] { return CallWithZeros(Table().operation); } \
+    }
+const RefusedSlot kRefusedSlots[] = {
+    REFUSED_SLOT(PI_KEL_DeletePrinterDriver, 0x900f0000),
+    REFUSED_SLOT(PI_KEL_GetPrinter, 0x90010000),
+    REFUSED_SLOT(PI_KEL_SetPrinter, 0x90010000),
+    REFUSED_SLOT(PI_KEL_AddPrinter, 0x900e0000),
+    REFUSED_SLOT(PI_KEL_DeletePrinter, 0x90100000),
+    REFUSED_SLOT(PI_KEL_CreateShortCut, 0x90010000),
+    REFUSED_SLOT(PI_KEL_RunPrintUI, 0x90010000),
+    REFUSED_SLOT(PI_KEL_DeletePrinterWithoutShareReg, 0x90100000),
+    REFUSED_SLOT(PI_KEL_GetResourceStrFromPrintUI, 0x90010000),
+    REFUSED_SLOT(PI_KEL_InstallPrinterToPrintUI, 0x900d0000),
+    REFUSED_SLOT(PI_KEL_UninstallPrinter, 0x900d0000),
+};
+
+TEST_F(TableTest, ANullArgumentIsRefusedWithTheSlotsPrefix) {
+    for (const RefusedSlot& slot : kRefusedSlots) {
+        Test().TurnLogOn(1);
+        const DWORD status = slot.prefix | ERROR_INVALID_PARAMETER;
+        EXPECT_EQ(slot.call(), status) << slot.name;
+        const std::vector<std::string> log = Test().TakeLog();
+        ASSERT_GE(log.size(), 3u) << slot.name;
+        char end[96];
+        std::snprintf(end, sizeof end, "%s End:(0x%08x)", slot.name, status);
+        EXPECT_EQ(log.front(), std::string(slot.name) + " Start");
+        EXPECT_EQ(log[log.size() - 2], end);
+        EXPECT_EQ(log.back(), "");
+    }
+}
+
+TEST_F(TableTest, AdministratorsAreTestedAsAPlainValue) {
     Test().TurnLogOn(1);
-#define UNSERVED_STATUS(operation, startName, prefix)                           \
-    EXPECT_EQ(CallWithZeros(Table().operation), (prefix | 120u)) << #operation; \
-    EXPECT_EQ(Test().TakeLog()[0], startName " Start");
-#define UNSERVED_VALUE(operation)                                    \
-    EXPECT_EQ(CallWithZeros(Table().operation), 120u) << #operation; \
-    EXPECT_THAT(Test().TakeLog(), ElementsAre(#operation " Start", #operation " End:(120)", ""));
-#include "frame/unserved.def"
+    EXPECT_EQ(Table().PI_KEL_IsAdministrators(), 1u);
+    EXPECT_THAT(Test().TakeLog(), ElementsAre("PI_KEL_IsAdministrators Start", "IsAdministrators() - Start",
+                                              "IsAdministrators() - End(1)", "PI_KEL_IsAdministrators End:(1)", ""));
+}
+
+TEST_F(TableTest, TheNetworksTopIsABlockForTheCaller) {
+    NetResourceRecord* nodes = nullptr;
+    DWORD count = 99;
+    EXPECT_EQ(Table().PI_KEL_EnumNetResources(nullptr, &nodes, &count), 0u);
+    EXPECT_NE(nodes, nullptr);
+    EXPECT_TRUE(Table().PI_KEL_FreeMemory(nodes));
 }
 
 TEST_F(TableTest, TheLocalCopyWithLocksStartsUnderTheNameOfThePlainLocalCopy) {
@@ -266,13 +308,77 @@ TEST_F(TableTest, NoExceptionLeavesTheTable) {
     EXPECT_EQ(Table().PI_KEL_GetDriverListFromInf("C:\\x.inf", 3, 5, 1, &list, &count), 0x90120000u | 1359u);
 }
 
-class PrintUIRoute : public EverySystemTest {};
+class PrintUIRoute : public EverySystemTest {
+  protected:
+    bool IsUsable() const {
+        return GetParam() != "win95" && GetParam() != "win98" && GetParam() != "winme" && GetParam() != "nt4";
+    }
+    bool IsVista() const { return GetParam().starts_with("vista"); }
+    bool Ran() {
+        for (const std::string& line : Test().TakeLog()) {
+            if (line.find("ToPrintUI Start") != std::string::npos) {
+                return true;
+            }
+        }
+        return false;
+    }
+};
 
 TEST_P(PrintUIRoute, IsRefusedWhereThereIsNone) {
-    bool usable = GetParam() != "win95" && GetParam() != "win98" && GetParam() != "winme" && GetParam() != "nt4";
-    EXPECT_EQ(IsPrintUIUsable(), usable);
-    if (!usable) {
-        EXPECT_EQ(Table().PI_KEL_AddPrinterDriver("C:\\a.inf", "Model", 3, 0, nullptr, 1), 0x900d0057u);
+    EXPECT_EQ(IsPrintUIUsable(), IsUsable());
+    if (IsUsable()) {
+        return;
+    }
+    EXPECT_EQ(Table().PI_KEL_AddPrinterDriver("C:\\a.inf", "Model", 3, 0, nullptr, 1), 0x900d0057u);
+    EXPECT_EQ(Table().PI_KEL_DeletePrinterDriver(3, "Model", 0, 0, nullptr, 1, 1), 0x900f0057u);
+    EXPECT_EQ(Table().PI_KEL_DeletePrinter("P1", 0, nullptr, 1), 0x90100057u);
+    EXPECT_EQ(Table().PI_KEL_InstallPrinterToPrintUI("C:\\a.inf", "P1", "Model", "LPT1:", "", nullptr, 0), 0x900d0057u);
+    Test().TakeCalls();
+    Test().TurnLogOn(1);
+    EXPECT_EQ(Table().PI_KEL_UninstallPrinter("P1", "Model", 3, 0, 0, nullptr, 1, 1), 0x900d0057u);
+    EXPECT_THAT(Test().TakeLog(),
+                ElementsAre("PI_KEL_UninstallPrinter Start", "PI_KEL_UninstallPrinter End:(0x900d0057)", ""));
+}
+
+TEST_P(PrintUIRoute, DriversTakeItOnEverySystemThatHasIt) {
+    if (!IsUsable()) {
+        return;
+    }
+    Test().TurnLogOn(1);
+    EXPECT_NE(Table().PI_KEL_AddPrinterDriver("C:\\a.inf", "Model", 3, 0, nullptr, 1), 0u);
+    EXPECT_TRUE(Ran());
+    EXPECT_NE(Table().PI_KEL_DeletePrinterDriver(3, "Model", 0, 0, nullptr, 0, 1), 0u);
+    EXPECT_TRUE(Ran());
+    EXPECT_NE(Table().PI_KEL_InstallPrinterToPrintUI("C:\\a.inf", "P1", "Model", "LPT1:", "", nullptr, 0), 0u);
+    EXPECT_TRUE(Ran());
+    EXPECT_NE(Table().PI_KEL_DeletePrinterDriver(3, "Model", 0, 0, nullptr, 1, 0), 0u);
+    EXPECT_FALSE(Ran());
+}
+
+TEST_P(PrintUIRoute, PrintersTakeItBeforeTheVistaGeneration) {
+    if (!IsUsable()) {
+        return;
+    }
+    Test().TurnLogOn(1);
+    EXPECT_NE(Table().PI_KEL_DeletePrinter("Nobody", 0, nullptr, 1), 0u);
+    EXPECT_EQ(Ran(), !IsVista());
+    EXPECT_NE(Table().PI_KEL_UninstallPrinter("Nobody", "Model", 3, 0, 0, nullptr, 1, 1), 0u);
+    EXPECT_EQ(Ran(), !IsVista());
+    EXPECT_NE(Table().PI_KEL_DeletePrinter("Nobody", 0, nullptr, 0), 0u);
+    EXPECT_FALSE(Ran());
+}
+
+TEST_P(PrintUIRoute, ItsLibraryIsAskedOnEverySystem) {
+    // Not refused where there is no Print UI: the loader's own code comes back.
+    char text[260];
+    if (!IsUsable()) {
+        EXPECT_EQ(Table().PI_KEL_RunPrintUI("/dl /n\"Nobody\" /q"), 0x90010000u | ERROR_MOD_NOT_FOUND);
+        EXPECT_EQ(Table().PI_KEL_GetResourceStrFromPrintUI(16056, text, sizeof text),
+                  0x90010000u | ERROR_MOD_NOT_FOUND);
+    } else {
+        EXPECT_EQ(Table().PI_KEL_RunPrintUI("/dl /n\"Nobody\" /q"), 0x90010000u | ERROR_INVALID_PRINTER_NAME);
+        // The texts of versions have these numbers on Windows 2000 alone.
+        EXPECT_EQ(Table().PI_KEL_GetResourceStrFromPrintUI(16056, text, sizeof text) == 0, GetParam() == "win2000");
     }
 }
 

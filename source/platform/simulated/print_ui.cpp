@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <string>
 
+#include "platform/simulated/colour.h"
 #include "platform/simulated/operations.h"
 #include "platform/simulated/print_ui_driver.h"
 #include "platform/simulated/spooler.h"
@@ -96,6 +97,19 @@ DWORD ProvideDriver(Machine& machine, const PrintUICommand& command, Driver* dri
     return ERROR_SUCCESS;
 }
 
+/// A new printer uses the profiles that its INF brings along. One that isn't installed is passed over.
+void LinkProfiles(Machine& machine, const PrintUICommand& command, const std::string& printer) {
+    if (!command.inf) {
+        return;
+    }
+    const Environments environments(machine);
+    const DriverTarget target{environments.Own(), environments.OwnVersion()};
+    for (const std::string& profile :
+         ProfilesOfPackage(machine, target, NarrowText(machine, command.inf), NarrowText(machine, command.model))) {
+        ColourProfiles(machine).Link(profile, printer);
+    }
+}
+
 DWORD InstallPrinter(Machine& machine, const PrintUICommand& command) {
     if (!command.printer || !command.port || !command.model) {
         return ERROR_INVALID_PARAMETER;
@@ -120,7 +134,11 @@ DWORD InstallPrinter(Machine& machine, const PrintUICommand& command) {
         printer.shareName = MakeShareName(machine, printer.name);
         printer.attributes |= PRINTER_ATTRIBUTE_SHARED;
     }
-    return Printers(machine).Add(printer);
+    const DWORD code = Printers(machine).Add(printer);
+    if (code == ERROR_SUCCESS) {
+        LinkProfiles(machine, command, printer.name);
+    }
+    return code;
 }
 
 DWORD DeletePrinterNamed(Machine& machine, const PrintUICommand& command) {

@@ -134,12 +134,27 @@ class DriverInstallation {
         }
         if (code == ERROR_SUCCESS) {
             TakeDependentFiles(&description.driver);
-            code = Drivers(m_machine).Add(m_target.environment, description.driver, FileTransfer::CopyAll);
+            // The files were put where the spooler takes new ones from: they don't stay there.
+            code = Drivers(m_machine).Add(m_target.environment, description.driver, FileTransfer::Move);
         }
         if (code == ERROR_SUCCESS && m_isOwn) {
             code = FinishOwn(*model);
         }
         return code;
+    }
+
+    /// Names of the colour profiles that a model brings along.
+    std::vector<std::string> ProfilesOf(const std::string& modelName) {
+        const std::optional<ModelLine> model = FindModel(m_inf, m_target, modelName);
+        std::vector<std::string> profiles;
+        if (model && QueueFiles(m_inf, m_inf, model->installSection.c_str(), nullptr, 0, m_queue) == ERROR_SUCCESS) {
+            for (const QueuedCopy& copy : m_queue.copies) {
+                if (LiesIn(copy.target, ColourProfiles(m_machine).Directory())) {
+                    profiles.push_back(NameOf(copy.target));
+                }
+            }
+        }
+        return profiles;
     }
 
   private:
@@ -288,6 +303,13 @@ DWORD InstallDriver(Machine& machine, const DriverTarget& target, const std::str
     InfOfPackage package(machine, inf);
     return package.Code() == ERROR_SUCCESS ? DriverInstallation(machine, target, package.Inf()).Run(folder, model)
                                            : package.Code();
+}
+
+std::vector<std::string> ProfilesOfPackage(Machine& machine, const DriverTarget& target, const std::string& inf,
+                                           const std::string& model) {
+    InfOfPackage package(machine, inf);
+    return package.Code() == ERROR_SUCCESS ? DriverInstallation(machine, target, package.Inf()).ProfilesOf(model)
+                                           : std::vector<std::string>();
 }
 
 }  // namespace pikel::simulated

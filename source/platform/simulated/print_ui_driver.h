@@ -3,6 +3,7 @@
 
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "platform/simulated/driver_package.h"
 #include "platform/simulated/machine.h"
@@ -26,5 +27,9 @@ DWORD FindTarget(Machine& machine, const PrintUICommand& command, DriverTarget* 
 /// @param folder  of the files; empty: the INF's own
 DWORD InstallDriver(Machine& machine, const DriverTarget& target, const std::string& inf, const std::string& folder,
                     const std::string& model);
+
+/// Names of the colour profiles that a model of an INF brings along; none for an INF that can't be read.
+std::vector<std::string> ProfilesOfPackage(Machine& machine, const DriverTarget& target, const std::string& inf,
+                                           const std::string& model);
 
 }  // namespace pikel::simulated

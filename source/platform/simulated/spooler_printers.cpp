@@ -9,6 +9,7 @@
 #include "platform/simulated/spooler_default_printer.h"
 #include "platform/simulated/spooler_drivers.h"
 #include "platform/simulated/spooler_ports.h"
+#include "platform/simulated/spooler_printer_security.h"
 
 namespace pikel::simulated {
 
@@ -218,6 +219,9 @@ void Printers::CompleteNew(Printer& printer) const {
     }
     if (printer.devMode.empty()) {
         printer.devMode = DefaultDevMode(printer);
+    }
+    if (printer.security.empty() && !m_machine.Is9x()) {
+        printer.security = DefaultPrinterSecurity(m_machine);
     }
 }
 

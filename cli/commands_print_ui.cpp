@@ -1,0 +1,70 @@
+// pikel printui run|resource|install: the system's own Print UI.
+#include <cstdio>
+
+#include "commands.h"
+#include "failure.h"
+
+namespace pikel::cli {
+
+namespace {
+
+struct InstallOptions {
+    std::string inf;
+    std::string model;
+    std::string printer;
+    std::string port;
+    std::string share;
+};
+
+void RunCommandLine(Session& session, const std::string& commandLine) {
+    session.RequireMachine();
+    Session::Check("PI_KEL_RunPrintUI", session.Table().PI_KEL_RunPrintUI(commandLine.c_str()), PIKEL_PREFIX_GENERAL);
+    session.Print({{"commandLine", commandLine}}, [&] { std::printf("ran %s\n", commandLine.c_str()); });
+}
+
+void ShowResource(Session& session, DWORD id) {
+    session.RequireMachine();
+    char text[1024] = {};
+    Session::Check("PI_KEL_GetResourceStrFromPrintUI",
+                   session.Table().PI_KEL_GetResourceStrFromPrintUI(id, text, sizeof text), PIKEL_PREFIX_GENERAL);
+    session.Print({{"id", id}, {"text", Utf8(text)}}, [&] { std::printf("%s\n", Utf8(text).c_str()); });
+}
+
+void Install(Session& session, const InstallOptions& options) {
+    const std::string inf = session.PathFor(options.inf);
+    session.RequireMachine();
+    const DWORD status = session.Table().PI_KEL_InstallPrinterToPrintUI(
+        inf.c_str(), options.printer.c_str(), options.model.c_str(), options.port.c_str(), options.share.c_str(),
+        nullptr, options.share.empty() ? 0 : 1);
+    Session::Check("PI_KEL_InstallPrinterToPrintUI", status, PIKEL_PREFIX_DRIVER_ADD);
+    session.Print({{"printer", options.printer}, {"driver", options.model}, {"port", options.port}}, [&] {
+        std::printf("installed %s as printer %s on port %s\n", options.model.c_str(), options.printer.c_str(),
+                    options.port.c_str());
+    });
+}
+
+}  // namespace
+
+void AddPrintUiCommands(CLI::App& app, Session& session) {
+    CLI::App* noun = AddNoun(app, "printui", "The system's Print UI: Windows 2000 and later");
+    auto line = std::make_shared<std::string>();
+    CLI::App* run = noun->add_subcommand("run", "Run a command line of the Print UI");
+    run->add_option("COMMANDLINE", *line, "One argument, as in '/dl /n\"Printer\" /q'")->required();
+    run->callback([&session, line] { RunCommandLine(session, *line); });
+
+    auto id = std::make_shared<DWORD>(0);
+    CLI::App* resource = noun->add_subcommand("resource", "Show a text of the Print UI's string table");
+    resource->add_option("ID", *id, "Number of the text")->required();
+    resource->callback([&session, id] { ShowResource(session, *id); });
+
+    auto options = std::make_shared<InstallOptions>();
+    CLI::App* install = noun->add_subcommand("install", "Install a printer with its driver through the Print UI");
+    install->add_option("--inf", options->inf, "The INF")->required();
+    install->add_option("--model", options->model, "Model, as `pikel inf models` lists it")->required();
+    install->add_option("--printer", options->printer, "Name of the new printer")->required();
+    install->add_option("--port", options->port, "A port that is there")->required();
+    install->add_option("--share", options->share, "Share it under this name");
+    install->callback([&session, options] { Install(session, *options); });
+}
+
+}  // namespace pikel::cli
