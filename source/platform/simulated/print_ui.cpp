@@ -2,6 +2,7 @@
 #include "platform/simulated/print_ui.h"
 
 #include <algorithm>
+#include <set>
 #include <string>
 
 #include "platform/simulated/colour.h"
@@ -51,10 +52,13 @@ DWORD DeleteDriver(Machine& machine, const PrintUICommand& command) {
 
 // ---- printers -------------------------------------------------------------------------------------------------------
 
-bool IsShareNameTaken(Machine& machine, std::string_view name) {
-    const std::vector<Printer> printers = Printers(machine).List();
-    return std::ranges::any_of(printers,
-                               [&](const Printer& printer) { return IsSameName(machine, printer.shareName, name); });
+/// Share names of all printers, folded.
+std::set<std::string> TakenShareNames(Machine& machine) {
+    std::set<std::string> names;
+    for (const Printer& printer : Printers(machine).List()) {
+        names.insert(FoldCase(machine.System().codePage, printer.shareName));
+    }
+    return names;
 }
 
 /// A share name that is free: the letters and digits of a printer's name, cut, and with a number where it is taken.
@@ -68,8 +72,9 @@ std::string MakeShareName(Machine& machine, std::string_view printer) {
         }
     }
     base = base.empty() ? "Printer" : base;
+    const std::set<std::string> taken = TakenShareNames(machine);
     std::string name = base;
-    for (unsigned number = 2; IsShareNameTaken(machine, name); ++number) {
+    for (unsigned number = 2; taken.contains(FoldCase(machine.System().codePage, name)); ++number) {
         const std::string digits = std::to_string(number);
         name = base.substr(0, kShareNameLength - std::min(kShareNameLength, digits.size())) + digits;
     }

@@ -4,7 +4,7 @@
 #include <algorithm>
 #include <charconv>
 #include <iterator>
-#include <memory>
+#include <set>
 
 #include "platform/simulated/colour.h"
 #include "platform/simulated/file_queue.h"
@@ -210,16 +210,17 @@ class DriverInstallation {
         return monitors.Add(name, {}, description.monitorFile);
     }
 
-    /// Files of the driver's folder that aren't one of the main ones.
+    /// Files of the driver's folder that aren't one of the main ones, each once.
     void TakeDependentFiles(Driver* driver) const {
+        const UINT codePage = m_machine.System().codePage;
+        std::set<std::string> seen;
+        for (const std::string* main :
+             {&driver->driverFile, &driver->dataFile, &driver->configFile, &driver->helpFile}) {
+            seen.insert(FoldCase(codePage, *main));
+        }
         for (const QueuedCopy& copy : m_queue.copies) {
             const std::string name = NameOf(copy.target);
-            auto isIt = [&](const std::string& file) { return IsSameName(m_machine, file, name); };
-            const std::string* main[] = {&driver->driverFile, &driver->dataFile, &driver->configFile,
-                                         &driver->helpFile};
-            const bool isMain = std::ranges::any_of(main, [&](const std::string* file) { return isIt(*file); });
-            if (!isMain && LiesIn(copy.target, m_target.environment.directory) &&
-                std::ranges::none_of(driver->dependentFiles, isIt)) {
+            if (LiesIn(copy.target, m_target.environment.directory) && seen.insert(FoldCase(codePage, name)).second) {
                 driver->dependentFiles.push_back(name);
             }
         }
