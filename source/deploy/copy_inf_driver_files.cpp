@@ -131,7 +131,7 @@ DWORD CInfPrinter::CopyInfDriverFiles(LPCSTR lpszInfPath, LPCSTR lpszDriverName,
             ReadSections(job.inf.Get(), lpszDriverName, dwArchitecture, nMajorVersion, dwMinorVersion);
             SetDirectories(job.inf.Get(), dwArchitecture);
             CopyFiles(job, hwndOwner, hwndProgress);
-            if ((GetOsIdentity().osClass & OsClassNtFamily) != 0) {
+            if (HasOsClass(OsClassNtFamily)) {
                 CopyMonitorFile(job);
             }
             ApplyRegistry(job.inf.Get());

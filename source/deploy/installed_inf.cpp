@@ -25,7 +25,7 @@ std::string OtherFolder() {
 /// All INFs of a provider and class. A search that fails gives what it found.
 void FindCandidates(LPCSTR infFolder, LPCSTR lpszProvider, LPCSTR lpszClass, StringList& listCandidates) {
     SearchInfList(infFolder, lpszProvider, lpszClass, listCandidates);
-    if ((GetOsIdentity().osClass & OsClass9xFamily) != 0) {
+    if (HasOsClass(OsClass9xFamily)) {
         StringList listOther;
         SearchInfList(OtherFolder().c_str(), lpszProvider, lpszClass, listOther);
         for (const std::string& strPath : listOther) {

@@ -41,10 +41,6 @@ DWORD GetEnvironmentFromArchitecture(DWORD dwArchitecture, std::string& strEnvir
     return lpszEnvironment == nullptr ? static_cast<DWORD>(ERROR_INVALID_PARAMETER) : 0;
 }
 
-bool RunsOn(DWORD dwClass) {
-    return (GetOsIdentity().osClass & dwClass) != 0;
-}
-
 /// One staged copy.
 class StagedCopy {
   public:
@@ -74,7 +70,7 @@ class StagedCopy {
     DWORD PlaceAtRestart(const std::string& strName, const std::string& strTarget);
     /// NT 4 wants the language monitor in the system directory.
     bool IsMonitorOfNt4(std::size_t nIndex) const {
-        return RunsOn(OsClassNt4) && m_lists.vecTargetNames[nIndex] == m_lists.strMonitorFile;
+        return HasOsClass(OsClassNt4) && m_lists.vecTargetNames[nIndex] == m_lists.strMonitorFile;
     }
     std::string InSystemDirectory(const std::string& strName) const {
         return GetOsIdentity().systemDirectory + "\\" + strName;
@@ -146,7 +142,7 @@ std::string StagedCopy::InstalledPath(std::size_t nIndex) const {
     if (nDirID == static_cast<INT>(DirIDPrinterDriver) || nDirID == static_cast<INT>(DirIDSystem)) {
         switch (m_dwInfArchitecture) {
             case PIKEL_ARCHITECTURE_WINDOWS_9X:
-                if (!RunsOn(OsClassWindows95 | OsClassWindows98 | OsClassWindowsMe)) {
+                if (!HasOsClass(OsClassWindows95 | OsClassWindows98 | OsClassWindowsMe)) {
                     strDirectory += "0\\";
                 }
                 break;

@@ -139,7 +139,7 @@ void ClearReadOnly(LPCSTR lpszPath) {
 }
 
 DWORD IsDriverFileLoaded(LPCSTR lpszDriverName) {
-    if ((GetOsIdentity().osClass & OsClass9xFamily) == 0) {
+    if (!HasOsClass(OsClass9xFamily)) {
         return 0;
     }
     HeapBlock drivers;

@@ -61,6 +61,12 @@ struct OsIdentity : OsVersion {
 /// The record, built on first use and kept until the process ends.
 const OsIdentity& GetOsIdentity();
 
+/// True when the running system has one of the flags.
+/// @param dwFlags  of OsClass, ORed
+inline bool HasOsClass(DWORD dwFlags) {
+    return (GetOsIdentity().osClass & dwFlags) != 0;
+}
+
 /// Drops the record alone; ForgetSystemRecords drops all.
 void ForgetOsIdentity();
 

@@ -20,10 +20,6 @@ static_assert(offsetof(PrinterRecord, pServerName) == offsetof(PRINTER_INFO_2A, 
 static_assert(offsetof(PrinterRecord, pSecurityDescriptor) == offsetof(PRINTER_INFO_2A, pSecurityDescriptor));
 static_assert(offsetof(PrinterRecord, AveragePPM) == offsetof(PRINTER_INFO_2A, AveragePPM));
 
-bool HasOsClass(DWORD dwFlag) {
-    return (GetOsIdentity().osClass & dwFlag) != 0;
-}
-
 bool HasName(const PrinterRecord* pRecord) {
     return pRecord != nullptr && pRecord->pPrinterName != nullptr;
 }

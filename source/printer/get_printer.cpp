@@ -23,10 +23,6 @@ struct PrinterExtraInfo {
     HeapBlock Level8;
 };
 
-bool HasOsClass(DWORD dwFlags) {
-    return (GetOsIdentity().osClass & dwFlags) != 0;
-}
-
 /// Opens a printer, reads one level, and closes it.
 DWORD ReadLevel(LPCSTR lpszPrinterName, DWORD dwLevel, HeapBlock& block) {
     PrinterHandle hPrinter;

@@ -13,10 +13,6 @@
 namespace pikel {
 namespace {
 
-bool HasOsClass(DWORD dwFlags) {
-    return (GetOsIdentity().osClass & dwFlags) != 0;
-}
-
 /// Hands a structure to the spooler.
 /// @return 0 or the last error
 template <class Info>

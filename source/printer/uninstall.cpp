@@ -16,7 +16,7 @@ constexpr DWORD kRestartSpooler = 1;
 
 /// The Print UI of the Vista generation asks its user; so the flag counts for nothing there.
 bool TakesPrintUI(INT nUsePrintUI) {
-    return nUsePrintUI != 0 && (GetOsIdentity().osClass & OsClassVista) == 0;
+    return nUsePrintUI != 0 && !HasOsClass(OsClassVista);
 }
 
 }  // namespace

@@ -81,9 +81,8 @@ DWORD MakeVersionStringBySystem(DWORD dwVersion, DWORD dwProcessor, LPSTR lpszBu
     if (!IsPrintUIUsable()) {
         return ERROR_INVALID_PARAMETER;
     }
-    return (GetOsIdentity().osClass & OsClassWindows2000) != 0
-               ? MakeVersionString2k(dwVersion, lpszBuffer, dwSize)
-               : MakeVersionStringXp(dwVersion, dwProcessor, lpszBuffer, dwSize);
+    return HasOsClass(OsClassWindows2000) ? MakeVersionString2k(dwVersion, lpszBuffer, dwSize)
+                                          : MakeVersionStringXp(dwVersion, dwProcessor, lpszBuffer, dwSize);
 }
 
 }  // namespace
@@ -97,7 +96,7 @@ DWORD FormatBounded(LPSTR lpszBuffer, DWORD dwSize, const char* lpszFormat, ...)
 }
 
 bool IsVistaGeneration() {
-    return (GetOsIdentity().osClass & OsClassVista) != 0;
+    return HasOsClass(OsClassVista);
 }
 
 DWORD MakeVersionStringForPrintUI(DWORD dwVersion, DWORD dwProcessor, LPSTR lpszBuffer, DWORD dwSize) {

@@ -5,9 +5,8 @@
 #include "colour/color_profile_removal.h"
 #include "driver/delete_driver_file.h"
 #include "driver/delete_printer_driver.h"
-#include "frame/architecture.h"
+#include "driver/spooler_service.h"
 #include "frame/log.h"
-#include "frame/service.h"
 #include "frame/string_list.h"
 #include "frame/text.h"
 #include "printer/spooler_read.h"
@@ -58,11 +57,7 @@ struct MonitorOfDriver {
 };
 
 DWORD FindMonitor(DWORD dwVersion, LPCSTR lpszDriverName, DWORD dwProcessor, MonitorOfDriver& monitor) {
-    monitor.lpszEnvironment = DriverArchitectureOf(dwVersion, dwProcessor);
-    if (dwVersion == 2 || dwVersion == 3) {
-        WriteLog("ProcessorType = %d", dwProcessor);
-        WriteLog("Environment = %s", monitor.lpszEnvironment);
-    }
+    monitor.lpszEnvironment = EnvironmentOfDeletion(dwVersion, dwProcessor);
     return CDeleteDriverFile().GetFileList(dwVersion, monitor.lpszEnvironment, TextOrEmpty(lpszDriverName), nullptr,
                                            nullptr, &monitor.strName, &monitor.strFile, &monitor.otherFiles);
 }
@@ -80,16 +75,8 @@ DWORD FormatDriverDeletion(DWORD dwVersion, LPCSTR lpszDriverName, DWORD dwProce
 /// Restarts the spooler. A failure is only logged, in the words of the direct route.
 void RestartSpooler() {
     WriteLog("DeletePrinterDriver2k() - Service(%s).Start", kSpooler);
-    ServiceHandles handles;
-    DWORD dwCode = OpenServiceHandles(handles, kSpooler, kManagerAccess, kServiceAccess);
-    if (dwCode != ERROR_SUCCESS) {
-        WriteLog("Service(%s).Open Error(%d)", kSpooler, dwCode);
-    } else {
-        dwCode = Win32RestartService(handles);
-        if (dwCode != ERROR_SUCCESS) {
-            WriteLog("Service(%s).Start Error(%d)", kSpooler, dwCode);
-        }
-    }
+    ServiceHandles handles;  // open until the last line is written
+    WithSpoolerService(handles, &Win32RestartService, "Service(%s).Start Error(%d)");
     WriteLog("DeletePrinterDriver2k() - Service.ReStart End");
 }
 

@@ -39,7 +39,7 @@ DWORD CRunDll32::Load(LPCSTR lpszModule) {
         m_szModuleName[0] = '\0';
         return dwCode;
     }
-    std::strcpy(m_szModuleName, lpszModule);
+    CopyIfFits(lpszModule, m_szModuleName, sizeof m_szModuleName);
     return ERROR_SUCCESS;
 }
 
@@ -113,7 +113,7 @@ bool CRunDll32::LookUpEntry(LPCSTR lpszEntry) {
             return false;
         }
     }
-    std::strcpy(m_szEntryName, lpszEntry);
+    CopyIfFits(lpszEntry, m_szEntryName, sizeof m_szEntryName);
     return true;
 }
 
@@ -137,7 +137,7 @@ DWORD CRunDll32::CallNarrow(HWND hWnd, LPCSTR lpszCommandLine, INT nShow) const 
         return ERROR_INVALID_PARAMETER;
     }
     char szCommandLine[MAX_COMMANDLINE_LENGTH + 1] = {};
-    std::strcpy(szCommandLine, lpszCommandLine);
+    CopyIfFits(lpszCommandLine, szCommandLine, sizeof szCommandLine);
     m_pfnEntryPointA(hWnd, m_hModule.Get(), szCommandLine, nShow);
     return Platform().GetLastError();  // likewise
 }

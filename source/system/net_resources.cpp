@@ -322,7 +322,7 @@ DWORD EnumBySpooler(const NetResourceRecord* pParent, ResourceList& list) {
 // ---- the choice -------------------------------------------------------------------------------------------------
 
 DWORD EnumChildren(const NetResourceRecord* pParent, ResourceList& list) {
-    if ((GetOsIdentity().osClass & OsClass9xFamily) == 0) {
+    if (!HasOsClass(OsClass9xFamily)) {
         return EnumBySpooler(pParent, list);
     }
     return pParent != nullptr ? WNetEnumSharePrinters(pParent, list) : EnumProviderRoots(list);

@@ -128,7 +128,7 @@ constexpr char kAdvapi[] = "advapi32.dll";
 constexpr char kSecurityValue[] = "Security";
 
 bool IsNt4() {
-    return (GetOsIdentity().osClass & OsClassNt4) != 0;
+    return HasOsClass(OsClassNt4);
 }
 
 // ---- NT 4: the bytes in the registry --------------------------------------------------------------------------------

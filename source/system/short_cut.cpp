@@ -94,7 +94,7 @@ std::string ProgramsFolder() {
     if (!getFolderPath) {
         return {};
     }
-    const bool b9x = (GetOsIdentity().osClass & OsClass9xFamily) != 0;
+    const bool b9x = HasOsClass(OsClass9xFamily);
     char szFolder[MAX_PATH] = "";
     const HRESULT hr = getFolderPath.Call()(nullptr, static_cast<int>(b9x ? CSIDL_PROGRAMS : CSIDL_COMMON_PROGRAMS),
                                             nullptr, 0, szFolder);

@@ -51,9 +51,20 @@ TestMachine::TestMachine(const simulated::SystemDescription& system) {
     Start(system);
 }
 
+TestMachine::TestMachine(const CopyOf& machine) {
+    m_folder = MakeTemporaryFolder();
+    std::filesystem::copy(machine.folder, m_folder / "machine", std::filesystem::copy_options::recursive);
+    m_machine = simulated::Machine::Open(m_folder / "machine");
+    MakeCurrent();
+}
+
 void TestMachine::Start(const simulated::SystemDescription& system) {
     m_folder = MakeTemporaryFolder();
     m_machine = simulated::Machine::Create(m_folder / "machine", system);
+    MakeCurrent();
+}
+
+void TestMachine::MakeCurrent() {
     simulated::Use(m_machine.get());
     SetPlatform(
         trace::Over(faults::Over(NativePlatform()), [this](const trace::Call& call) { m_calls.push_back(call); }));

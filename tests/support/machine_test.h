@@ -22,6 +22,11 @@ namespace pikel::testing_support {
 /// xp-x64, vista, vista-ia64, vista-x64, other.
 const std::vector<std::string>& EverySystem();
 
+/// The folder of a machine of which a test works on a copy.
+struct CopyOf {
+    std::filesystem::path folder;
+};
+
 /// A machine that is current from Start to Stop. For tests that go through several systems.
 class TestMachine {
   public:
@@ -29,6 +34,7 @@ class TestMachine {
     /// turns the log off and clears trace and faults.
     explicit TestMachine(std::string_view system = "xp");
     explicit TestMachine(const simulated::SystemDescription& system);
+    explicit TestMachine(const CopyOf& machine);
     /// Expects that nothing is open and nothing was misused, and takes the folder away.
     ~TestMachine();
     TestMachine(const TestMachine&) = delete;
@@ -55,6 +61,7 @@ class TestMachine {
 
   private:
     void Start(const simulated::SystemDescription& system);
+    void MakeCurrent();
 
     std::filesystem::path m_folder;
     std::unique_ptr<simulated::Machine> m_machine;

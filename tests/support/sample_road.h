@@ -49,14 +49,16 @@ inline Package PackageFor(const std::string& system) {
 /// The road on one machine, as far as a test needs it.
 class Road {
   public:
-    explicit Road(const std::string& system) : m_package(PackageFor(system)), m_test(system) {
-        m_test->Files().InsertMedium(std::string(PIKEL_SOURCE_DIR) + "/samples/" + m_package.folder);
-        m_inf = "D:\\" + m_package.inf;
+    explicit Road(const std::string& system) : m_package(PackageFor(system)), m_test(system) { InsertPackage(); }
+    /// On a copy of a machine of the system.
+    Road(const std::string& system, const CopyOf& machine) : m_package(PackageFor(system)), m_test(machine) {
+        InsertPackage();
     }
     ~Road() {
         faults::Reset();
         m_test->Heap().StopFailing();
         FreeRecord();
+        FreePrinter();
         AllowQualityKeys();
     }
 
@@ -174,6 +176,53 @@ class Road {
         return 0;
     }
 
+    /// Reads the printer, for WritePrinter and for the profiles that go with it.
+    PiStatus ReadPrinter() { return InterfaceTable().PI_KEL_GetPrinter(kPrinter, &m_printer); }
+    void FreePrinter() {
+        Free(m_printer);
+        m_printer = nullptr;
+    }
+    PiStatus WritePrinter() { return InterfaceTable().PI_KEL_SetPrinter(kPrinter, m_printer); }
+    PiStatus DeletePrinter() { return DeletePrinterBy(0); }
+    PiStatus DeletePrinterThroughPrintUi() { return DeletePrinterBy(1); }
+    PiStatus DeletePrinterAlone() { return InterfaceTable().PI_KEL_DeletePrinterWithoutShareReg(kPrinter); }
+    PiStatus Uninstall() { return UninstallBy(0); }
+    PiStatus UninstallThroughPrintUi() { return UninstallBy(1); }
+    PiStatus DeleteDriver() { return DeleteDriverBy(0); }
+    PiStatus DeleteDriverThroughPrintUi() { return DeleteDriverBy(1); }
+    PiStatus AddDriverThroughPrintUi() {
+        return InterfaceTable().PI_KEL_AddPrinterDriver(InfInFolder().c_str(), kModel, m_package.version,
+                                                        m_package.processor, nullptr, 1);
+    }
+    PiStatus InstallThroughPrintUi() {
+        return InterfaceTable().PI_KEL_InstallPrinterToPrintUI(m_inf.c_str(), kPrinter, kModel, "LPT1:", "AURORA",
+                                                               nullptr, 1);
+    }
+    PiStatus RunPrintUi() { return InterfaceTable().PI_KEL_RunPrintUI("/Xs /n\"Office\" Comment \"On the stairs\""); }
+    PiStatus ReadPrintUiText() {
+        char text[64];
+        return InterfaceTable().PI_KEL_GetResourceStrFromPrintUI(16056, text, sizeof text);
+    }
+    PiStatus BrowseNetwork() {
+        NetResourceRecord* nodes = nullptr;
+        DWORD count = 0;
+        PiStatus status = InterfaceTable().PI_KEL_EnumNetResources(nullptr, &nodes, &count);
+        if (status == 0 && count != 0) {
+            NetResourceRecord* below = nullptr;
+            status = InterfaceTable().PI_KEL_EnumNetResources(&nodes[0], &below, &count);
+            Free(below);
+        }
+        Free(nodes);
+        return status;
+    }
+    PiStatus AskForRights() {
+        InterfaceTable().PI_KEL_IsAdministrators();
+        return 0;
+    }
+    PiStatus CreateShortcut() {
+        return InterfaceTable().PI_KEL_CreateShortCut("Aurora", "Status.lnk", "C:\\status.exe", "C:\\");
+    }
+
     /// Has the printer added on a port that is there.
     void UsePort(std::string port) { m_port = std::move(port); }
     const std::string& Port() const { return m_port; }
@@ -185,6 +234,29 @@ class Road {
     DriverAddRecord* Record() { return m_record; }
 
   private:
+    void InsertPackage() {
+        m_test->Files().InsertMedium(std::string(PIKEL_SOURCE_DIR) + "/samples/" + m_package.folder);
+        m_inf = "D:\\" + m_package.inf;
+    }
+    /// The same INF below a drive's root: a folder that ends in a backslash is none that the Print UI can read.
+    std::string InfInFolder() {
+        m_test->Files().InsertMedium(std::string(PIKEL_SOURCE_DIR) + "/samples");
+        return "D:\\" + m_package.folder + "\\" + m_package.inf;
+    }
+    DWORD ProfileCount() const { return m_printer != nullptr ? m_printer->ColorProfileCount : 0; }
+    LPSTR* Profiles() const { return m_printer != nullptr ? m_printer->ColorProfiles : nullptr; }
+    PiStatus DeletePrinterBy(DWORD printUi) {
+        return InterfaceTable().PI_KEL_DeletePrinter(kPrinter, ProfileCount(), Profiles(), printUi);
+    }
+    PiStatus UninstallBy(INT printUi) {
+        return InterfaceTable().PI_KEL_UninstallPrinter(kPrinter, kModel, m_package.version, m_package.processor,
+                                                        ProfileCount(), Profiles(), 1, printUi);
+    }
+    PiStatus DeleteDriverBy(DWORD printUi) {
+        return InterfaceTable().PI_KEL_DeletePrinterDriver(m_package.version, kModel, m_package.processor, 0, nullptr,
+                                                           1, printUi);
+    }
+
     static void Free(void* block) {
         if (block != nullptr) {
             InterfaceTable().PI_KEL_FreeMemory(block);
@@ -206,6 +278,7 @@ class Road {
     std::string m_inf;
     std::string m_port = kPort;
     DriverAddRecord* m_record = nullptr;
+    PrinterRecord* m_printer = nullptr;
 };
 
 }  // namespace pikel::testing_support

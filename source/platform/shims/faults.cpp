@@ -86,6 +86,8 @@ const PlatformTable& Over(const PlatformTable& inner) {
     table.CloseServiceHandle = inner.CloseServiceHandle;
     table.SetupCloseFileQueue = inner.SetupCloseFileQueue;
     table.ClosePrinter = inner.ClosePrinter;
+    table.DeleteDC = inner.DeleteDC;
+    table.WNetCloseEnum = inner.WNetCloseEnum;
     table.FreeLibrary = inner.FreeLibrary;
     table.HeapFree = inner.HeapFree;
     Reset();

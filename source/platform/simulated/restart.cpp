@@ -6,6 +6,7 @@
 
 #include "platform/simulated/machine.h"
 #include "platform/simulated/profiles.h"
+#include "platform/simulated/services.h"
 #include "platform/simulated/shares.h"
 
 namespace pikel::simulated {
@@ -88,9 +89,14 @@ DWORD Carry(Files& files, const RestartStep& step) {
 
 std::vector<RestartStep> Restart(Machine& machine) {
     std::vector<RestartStep> steps = machine.Is9x() ? TakeWininit(machine) : TakePendingRenames(machine);
+    // The spooler holds files of its own, and comes up again when all is done.
+    if (!machine.Is9x()) {
+        machine.Services().SetState("Spooler", SERVICE_STOPPED);
+    }
     for (RestartStep& step : steps) {
         step.code = Carry(machine.Files(), step);
     }
+    machine.Services().StartAutomaticOnes();
     Shares(machine).StartAnew();
     machine.Commit();
     if (machine.System().restartPending) {
