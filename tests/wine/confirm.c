@@ -7,6 +7,9 @@
  *     driver NAME | environment | driver file
  *     monitor NAME
  *     printer NAME | driver | port
+ *     comment TEXT
+ *     location TEXT
+ *     value KEY\NAME BYTES    of the values that the tests write
  *     default NAME
  */
 #include <windows.h>
@@ -43,6 +46,27 @@ static void ShowMonitors(void) {
     free(monitors);
 }
 
+static void ShowValue(HANDLE printer, const char* key, const char* name) {
+    BYTE bytes[256];
+    DWORD type = 0, needed = 0, i;
+    if (GetPrinterDataExA(printer, key, name, &type, bytes, sizeof bytes, &needed) == ERROR_SUCCESS) {
+        printf("value %s\\%s ", key, name);
+        for (i = 0; i < needed; ++i) {
+            printf("%02x", bytes[i]);
+        }
+        printf("\n");
+    }
+}
+
+static void ShowValues(char* name) {
+    HANDLE printer = NULL;
+    if (OpenPrinterA(name, &printer, NULL)) {
+        ShowValue(printer, "PrinterDriverData", "udpWidth");
+        ShowValue(printer, "ICMDATA", "ProfileEnumMode");
+        ClosePrinter(printer);
+    }
+}
+
 static void ShowPrinters(const char* wanted) {
     DWORD needed = 0, count = 0, i;
     PRINTER_INFO_2A* printers;
@@ -53,6 +77,9 @@ static void ShowPrinters(const char* wanted) {
             if (lstrcmpiA(printers[i].pPrinterName, wanted) == 0) {
                 printf("printer %s | %s | %s\n", printers[i].pPrinterName, printers[i].pDriverName,
                        printers[i].pPortName);
+                printf("comment %s\nlocation %s\n", printers[i].pComment ? printers[i].pComment : "",
+                       printers[i].pLocation ? printers[i].pLocation : "");
+                ShowValues(printers[i].pPrinterName);
             }
         }
     }
