@@ -54,7 +54,7 @@ constexpr std::array kHints = {
     Hint{"", ERROR_SHARING_VIOLATION, "another program holds the file; close it and try again"},
     Hint{"", ERROR_LOCK_VIOLATION, "another program holds the file; close it and try again"},
     Hint{"", ERROR_DISK_FULL, "make room on the system drive"},
-    Hint{"", ERROR_CALL_NOT_IMPLEMENTED, "this version of the library does not serve the operation"},
+    Hint{"", ERROR_CALL_NOT_IMPLEMENTED, "this system has no way to do that"},
     Hint{"", RPC_S_SERVER_UNAVAILABLE, "start the print spooler"},
     Hint{"", ERROR_UNKNOWN_PORT, "create the port first: pikel port create NAME"},
     Hint{"", ERROR_UNKNOWN_PRINTER_DRIVER, "add the driver first: pikel driver add --inf FILE --model MODEL"},

@@ -13,7 +13,8 @@
  *   - status: 0 is success; else the system error code ORed with the operation's prefix (PIKEL_PREFIX_...).
  *   - value:  a plain number that the operation's comment explains.
  *   - none:   always 0.
- * 87 in a status means that a required argument is null, 8 that memory ran out, 120 that an operation is not served.
+ * 87 in a status means that a required argument is null, 8 that memory ran out, 120 that the system has no way to do
+ * it.
  *
  * Memory that an operation hands out is one block of the process heap that holds all it points at. Give it back whole
  * with PI_KEL_FreeMemory. Records and texts passed in stay the caller's; where an operation changes a record in place,

@@ -168,14 +168,8 @@ DWORD SetTimeouts(const PrinterRecord& record, const AddPrinterOptions& options)
     if (dwCode != ERROR_SUCCESS) {
         return dwCode;
     }
-    PRINTER_INFO_5A info{};
-    info.pPrinterName = record.pPrinterName;
-    info.pPortName = record.pPortName;
-    info.Attributes = record.Attributes;
-    info.DeviceNotSelectedTimeout = options.DeviceNotSelectedTimeout;
-    info.TransmissionRetryTimeout = options.TransmissionRetryTimeout;
-    return Platform().SetPrinterA(hPrinter.Get(), 5, reinterpret_cast<LPBYTE>(&info), 0) ? ERROR_SUCCESS
-                                                                                         : Platform().GetLastError();
+    return SetPrinterTimeouts(hPrinter.Get(), record.pPrinterName, record.pPortName, record.Attributes,
+                              options.DeviceNotSelectedTimeout, options.TransmissionRetryTimeout);
 }
 
 /// Adds a local printer and all that belongs to it. The first step that fails ends it; nothing is rolled back.

@@ -101,13 +101,8 @@ DWORD ApplyShareAndTimeouts(LPCSTR lpszPrinterName, const PrinterRecord& record)
     if (dwCode != ERROR_SUCCESS) {
         return dwCode;
     }
-    PRINTER_INFO_5A info{};
-    info.pPrinterName = record.pPrinterName;
-    info.pPortName = record.pPortName;
-    info.Attributes = record.Attributes;
-    info.DeviceNotSelectedTimeout = share.DeviceNotSelectedTimeout;
-    info.TransmissionRetryTimeout = share.TransmissionRetryTimeout;
-    return SetPrinterInfo(hPrinter.Get(), 5, info);
+    return SetPrinterTimeouts(hPrinter.Get(), record.pPrinterName, record.pPortName, record.Attributes,
+                              share.DeviceNotSelectedTimeout, share.TransmissionRetryTimeout);
 }
 
 // ---- NT family: descriptor, publishing, DEVMODE

@@ -45,6 +45,18 @@ DWORD OpenPrinterPlainly(LPCSTR lpszPrinterName, PrinterHandle& hPrinter) {
     return Open(lpszPrinterName, nullptr, hPrinter);
 }
 
+DWORD SetPrinterTimeouts(HANDLE hPrinter, LPSTR lpszPrinterName, LPSTR lpszPortName, DWORD dwAttributes,
+                         DWORD dwNotSelected, DWORD dwRetry) {
+    PRINTER_INFO_5A info{};
+    info.pPrinterName = lpszPrinterName;
+    info.pPortName = lpszPortName;
+    info.Attributes = dwAttributes;
+    info.DeviceNotSelectedTimeout = dwNotSelected;
+    info.TransmissionRetryTimeout = dwRetry;
+    return Platform().SetPrinterA(hPrinter, 5, reinterpret_cast<LPBYTE>(&info), 0) ? DWORD{ERROR_SUCCESS}
+                                                                                   : Platform().GetLastError();
+}
+
 DWORD OpenPrinterWithAccess(LPCSTR lpszPrinterName, PrinterHandle& hPrinter) {
     PRINTER_DEFAULTSA defaults{};
     defaults.DesiredAccess = PRINTER_ALL_ACCESS;

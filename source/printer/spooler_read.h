@@ -63,4 +63,11 @@ DWORD OpenPrinterPlainly(LPCSTR lpszPrinterName, PrinterHandle& hPrinter);
 /// The same with PRINTER_ALL_ACCESS (0xF000C), which writing needs.
 DWORD OpenPrinterWithAccess(LPCSTR lpszPrinterName, PrinterHandle& hPrinter);
 
+/// Sets the two timeouts of a printer, which the 9x family has at level 5 alone.
+/// @param lpszPrinterName, lpszPortName, dwAttributes  the printer's own, which level 5 writes as well
+/// @param dwNotSelected, dwRetry                       milliseconds
+/// @return 0 or the last error
+DWORD SetPrinterTimeouts(HANDLE hPrinter, LPSTR lpszPrinterName, LPSTR lpszPortName, DWORD dwAttributes,
+                         DWORD dwNotSelected, DWORD dwRetry);
+
 }  // namespace pikel

@@ -22,13 +22,6 @@ bool Holds(std::string_view statement, bool holds) {
     return result;
 }
 
-template <class Call>
-DWORD CodeOf(Call call) {
-    Platform().SetLastError(0xdead);
-    return call() ? 0 : Platform().GetLastError();
-}
-#define CODE_OF(call) CodeOf([&] { return static_cast<bool>(call); })
-
 std::string Profile() {
     std::string bytes(200, '\0');
     bytes[3] = static_cast<char>(bytes.size());

@@ -58,6 +58,15 @@ inline ::testing::AssertionResult Contract(std::span<const WineException> except
                                                        : ": doesn't hold");
 }
 
+/// The code of a call that shows failure by FALSE or null: 0 when it went well.
+///     CODE_OF(Platform().DeletePrinter(handle))
+template <class Call>
+DWORD CodeOf(Call call) {
+    Platform().SetLastError(0xdead);
+    return call() ? 0 : Platform().GetLastError();
+}
+#define CODE_OF(call) ::pikel::contract::CodeOf([&] { return static_cast<bool>(call); })
+
 /// False where the statement would end the program.
 inline bool CanTry(std::span<const WineException> exceptions, std::string_view statement) {
     const WineException* exception = FindException(exceptions, statement);

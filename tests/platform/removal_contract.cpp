@@ -24,13 +24,6 @@ bool Holds(std::string_view statement, bool holds) {
     return result;
 }
 
-template <class Call>
-DWORD CodeOf(Call call) {
-    Platform().SetLastError(0xdead);
-    return call() ? 0 : Platform().GetLastError();
-}
-#define CODE_OF(call) CodeOf([&] { return static_cast<bool>(call); })
-
 /// Leaves spooler and colour folder as they were: on Wine the tests share them.
 class RemovalContract : public contract::Test {
   protected:

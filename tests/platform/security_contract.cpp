@@ -26,14 +26,6 @@ bool Holds(std::string_view statement, bool holds) {
     return result;
 }
 
-/// The code of a call that shows failure by FALSE.
-template <class Call>
-DWORD CodeOf(Call call) {
-    Platform().SetLastError(0xdead);
-    return call() ? 0 : Platform().GetLastError();
-}
-#define CODE_OF(call) CodeOf([&] { return static_cast<bool>(call); })
-
 PSID MakeSid(DWORD alias) {
     SID_IDENTIFIER_AUTHORITY authority = SECURITY_NT_AUTHORITY;
     PSID sid = nullptr;

@@ -39,14 +39,6 @@ bool Holds(std::string_view statement, bool holds) {
     return result;
 }
 
-/// The code of a call that shows failure by FALSE or null.
-template <class Call>
-DWORD CodeOf(Call call) {
-    Platform().SetLastError(0xdead);
-    return call() ? 0 : Platform().GetLastError();
-}
-#define CODE_OF(call) CodeOf([&] { return static_cast<bool>(call); })
-
 const char* OwnEnvironment() {
 #ifdef _WIN32
     return sizeof(void*) == 8 ? "Windows x64" : "Windows NT x86";
@@ -81,10 +73,10 @@ class Answer {
     template <class Call>
     explicit Answer(Call call) {
         DWORD needed = 0;
-        m_code = CodeOf([&] { return call(nullptr, 0, &needed, &m_count); });
+        m_code = contract::CodeOf([&] { return call(nullptr, 0, &needed, &m_count); });
         if (m_code == ERROR_INSUFFICIENT_BUFFER) {
             m_bytes.resize(needed);
-            m_code = CodeOf([&] { return call(m_bytes.data(), needed, &needed, &m_count); });
+            m_code = contract::CodeOf([&] { return call(m_bytes.data(), needed, &needed, &m_count); });
         }
     }
     DWORD Code() const { return m_code; }

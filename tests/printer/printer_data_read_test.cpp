@@ -14,23 +14,6 @@ const std::vector<std::string> kReadingCalls = {
     "RegOpenKeyExA", "RegQueryValueExA", "RegCloseKey",       "LoadLibraryA", "GetProcAddress", "OpenPrinterA",
     "EnumPrintersA", "GetPrinterDataA",  "GetPrinterDataExA", "ClosePrinter", "FreeLibrary"};
 
-enum class Family { Windows9x, Nt4, Windows2000 };
-
-Family FamilyOf(std::string_view system) {
-    return Is9xName(system) ? Family::Windows9x : IsNt4Name(system) ? Family::Nt4 : Family::Windows2000;
-}
-
-std::string RoutineOf(std::string_view system) {
-    switch (FamilyOf(system)) {
-        case Family::Windows9x:
-            return "GetPrinterData9x";
-        case Family::Nt4:
-            return "GetPrinterDataNT";
-        default:
-            return "GetPrinterData2k";
-    }
-}
-
 /// What a read gave, as one text: the type and the bytes, or the code.
 std::string Get(LPCSTR printer, LPCSTR key, LPCSTR name, DWORD kind = ValueKindEvery) {
     PrinterValueData value;
@@ -55,8 +38,8 @@ class PrinterDataRead : public EverySystemTest {
     }
     std::vector<std::string> LogOf(DWORD code, const std::vector<std::string>& between = {}) const {
         std::vector<std::string> log = between;
-        log.insert(log.begin(), RoutineOf(GetParam()) + "() - Start");
-        log.push_back(RoutineOf(GetParam()) + "() - End(" + std::to_string(code) + ")");
+        log.insert(log.begin(), RoutineOfFamily("GetPrinterData", GetParam()) + "() - Start");
+        log.push_back(RoutineOfFamily("GetPrinterData", GetParam()) + "() - End(" + std::to_string(code) + ")");
         return log;
     }
 };

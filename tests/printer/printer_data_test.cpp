@@ -30,24 +30,6 @@ DWORD Set(LPCSTR printer, LPCSTR key, LPCSTR name, std::string data, DWORD kind 
                           static_cast<DWORD>(data.size()), kind);
 }
 
-enum class Family { Windows9x, Nt4, Windows2000 };
-
-Family FamilyOf(std::string_view system) {
-    return Is9xName(system) ? Family::Windows9x : IsNt4Name(system) ? Family::Nt4 : Family::Windows2000;
-}
-
-/// "SetPrinterData9x": how the routine of a system calls itself in the log.
-std::string RoutineOf(std::string_view system) {
-    switch (FamilyOf(system)) {
-        case Family::Windows9x:
-            return "SetPrinterData9x";
-        case Family::Nt4:
-            return "SetPrinterDataNT";
-        default:
-            return "SetPrinterData2k";
-    }
-}
-
 class PrinterDataOnEverySystem : public EverySystemTest {
   protected:
     PrinterDataOnEverySystem() {
@@ -57,7 +39,8 @@ class PrinterDataOnEverySystem : public EverySystemTest {
     }
     Family OfFamily() const { return FamilyOf(GetParam()); }
     std::vector<std::string> LogOf(DWORD code) const {
-        return {RoutineOf(GetParam()) + "() - Start", RoutineOf(GetParam()) + "() - End(" + std::to_string(code) + ")"};
+        return {RoutineOfFamily("SetPrinterData", GetParam()) + "() - Start",
+                RoutineOfFamily("SetPrinterData", GetParam()) + "() - End(" + std::to_string(code) + ")"};
     }
 };
 INSTANTIATE_ON_EVERY_SYSTEM(PrinterDataOnEverySystem);

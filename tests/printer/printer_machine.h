@@ -93,4 +93,15 @@ inline bool IsNt4Name(std::string_view system) {
     return system == "nt4";
 }
 
+/// How the ways to a printer's data differ.
+enum class Family { Windows9x, Nt4, Windows2000 };
+inline Family FamilyOf(std::string_view system) {
+    return Is9xName(system) ? Family::Windows9x : IsNt4Name(system) ? Family::Nt4 : Family::Windows2000;
+}
+/// "SetPrinterData9x": how the routine of a system calls itself in the log.
+inline std::string RoutineOfFamily(std::string_view operation, std::string_view system) {
+    static constexpr const char* kSuffixes[] = {"9x", "NT", "2k"};
+    return std::string(operation) + kSuffixes[static_cast<int>(FamilyOf(system))];
+}
+
 }  // namespace pikel::testing_support

@@ -394,6 +394,19 @@ TEST_F(SetPrinter, DescriptorIsWrittenAndItsFailureGoesNoFurther) {
     EXPECT_THAT(watched.Levels(), ElementsAre(3, 8, 3, 8));
 }
 
+TEST_F(SetPrinter, RefusedSettingsDoNotKeepTheRestBack) {
+    StartWith("xp");
+    m_security.DevMode = &m_mode;
+    Record().SecurityRecord = &m_security;
+    for (DWORD level : {2u, 0u}) {
+        Record().Status = level == 0 ? DWORD{PRINTER_STATUS_PAUSED} : 0;
+        WatchedWrites watched;
+        WatchedWrites::Fail(level, ERROR_ACCESS_DENIED);
+        EXPECT_EQ(DoSetPrinter("P1", &Record()), 0u);
+        EXPECT_EQ(watched.Levels(), level == 2 ? std::vector<DWORD>({2, 8}) : std::vector<DWORD>({2, 0, 8}));
+    }
+}
+
 TEST_F(SetPrinter, PublishingIsWrittenWhenItDiffers) {
     StartWith("xp");
     Record().SecurityRecord = &m_security;
