@@ -34,8 +34,7 @@ void Write(Session& session, const std::string& name, PrinterRecord& record) {
     Session::Check("PI_KEL_SetPrinter", session.Table().PI_KEL_SetPrinter(name.c_str(), &record), PIKEL_PREFIX_GENERAL);
 }
 
-// ---- show
-// -------------------------------------------------------------------------------------------------------------
+// ---- show -----------------------------------------------------------------------------------------------------------
 
 void PrintField(const char* name, const nlohmann::json& value) {
     if (value.is_string() && !value.get<std::string>().empty()) {
@@ -77,8 +76,7 @@ void Show(Session& session, const std::string& name) {
     session.Print(printer, [&] { PrintRecord(printer); });
 }
 
-// ---- set
-// --------------------------------------------------------------------------------------------------------------
+// ---- set ------------------------------------------------------------------------------------------------------------
 
 /// The share of Windows 95, 98 and Me, where it is to be made; else it stays as it is.
 void TakeShare(const SetOptions& options, PrinterRecord& record) {
@@ -130,8 +128,7 @@ void Set(Session& session, SetOptions options) {
     session.Print(PrinterJson(*now.Get()), [&] { std::printf("set printer %s\n", name.c_str()); });
 }
 
-// ---- export and import
-// ------------------------------------------------------------------------------------------------
+// ---- export and import ----------------------------------------------------------------------------------------------
 
 void Export(Session& session, const FileOptions& options) {
     session.RequireMachine();

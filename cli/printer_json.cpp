@@ -13,8 +13,7 @@ namespace {
 
 using nlohmann::json;
 
-// ---- fields by name
-// ---------------------------------------------------------------------------------------------------
+// ---- fields by name -------------------------------------------------------------------------------------------------
 
 struct TextField {
     const char* name;
@@ -49,8 +48,7 @@ constexpr NumberField kNumbers[] = {
     {"averagePagesPerMinute", &PrinterRecord::AveragePPM},
 };
 
-// ---- out
-// ----------------------------------------------------------------------------------------------------------------
+// ---- out ------------------------------------------------------------------------------------------------------------
 
 std::string Hex(const void* bytes, std::size_t size) {
     static constexpr char kDigits[] = "0123456789abcdef";
@@ -120,8 +118,7 @@ json SecurityJson(const PrinterSecurityRecord* security) {
     return result;
 }
 
-// ---- in
-// -----------------------------------------------------------------------------------------------------------------
+// ---- in -------------------------------------------------------------------------------------------------------------
 
 [[noreturn]] void Refuse(const char* field, const char* wanted) {
     throw ToolError(std::string("the printer's JSON: \"") + field + "\" must be " + wanted);

@@ -163,8 +163,8 @@ DWORD GetDirectoryFromDirIDNT(DWORD dwDirID, LPCSTR lpszEnvironment, std::string
         case DirIDPrinterDriver:
             dwStatus = ReadPrinterDriverDirectory(lpszEnvironment, strDirectory);
             break;
-        case DirIDColor:  // of a 9x driver kept for clients, in the spooler's folder for version 0; not the system's
-                          // own
+        case DirIDColor:
+            // Of a 9x driver kept for clients, in the spooler's folder for version 0; not the system's own.
             dwStatus = ReadPrinterDriverDirectory(lpszEnvironment, strDirectory);
             if (dwStatus == ERROR_SUCCESS) {
                 strDirectory += "\\0\\";

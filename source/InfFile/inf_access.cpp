@@ -2,33 +2,24 @@
 // block of the process heap.
 #include "InfFile/inf_access.h"
 
-#include <cstring>
-
 namespace pikel {
 
 namespace {
 
-/// A text of the process heap, with the size of its block.
-struct SizedBuffer {
-    HeapBlock block;
-    DWORD dwSize = 0;
-};
-
 /// The two calls of a read.
 /// @param read          BOOL(LPSTR buffer, DWORD size, DWORD* required): one call of the platform's read
-/// @param buffer [out]  emptied first; filled on success alone
+/// @param buffer [out]  emptied first; filled on success alone, and ends in a NUL whatever the read writes
 /// @return 0; 1359 when no size is needed; 8 without memory; else the last error of the second call
 template <class Read>
-DWORD ReadWithRetry(Read read, SizedBuffer& buffer) {
-    buffer.block.Reset();
-    buffer.dwSize = 0;
+DWORD ReadWithRetry(Read read, HeapBlock& buffer) {
+    buffer.Reset();
     // What the first call returns says nothing: only the size word tells whether there is something to read.
     DWORD dwSize = 0;
     read(nullptr, 0, &dwSize);
     if (dwSize == 0) {
         return ERROR_INTERNAL_ERROR;
     }
-    HeapBlock block = AllocateHeap(dwSize);
+    HeapBlock block = AllocateHeap(SIZE_T{dwSize} + 1);
     if (!block) {
         return ERROR_NOT_ENOUGH_MEMORY;
     }
@@ -36,8 +27,7 @@ DWORD ReadWithRetry(Read read, SizedBuffer& buffer) {
     if (!read(static_cast<LPSTR>(block.Get()), dwSize, &dwRequired)) {
         return Platform().GetLastError();
     }
-    buffer.block = std::move(block);
-    buffer.dwSize = dwSize;
+    buffer = std::move(block);
     return ERROR_SUCCESS;
 }
 
@@ -45,12 +35,10 @@ DWORD ReadWithRetry(Read read, SizedBuffer& buffer) {
 template <class Read>
 DWORD ReadTextWithRetry(Read read, std::string& strText) {
     strText.clear();
-    SizedBuffer buffer;
+    HeapBlock buffer;
     const DWORD dwStatus = ReadWithRetry(read, buffer);
-    if (buffer.block) {
-        const char* pchText = static_cast<const char*>(buffer.block.Get());
-        const void* pvEnd = std::memchr(pchText, '\0', buffer.dwSize);
-        strText.assign(pchText, pvEnd == nullptr ? buffer.dwSize : static_cast<const char*>(pvEnd) - pchText);
+    if (buffer) {
+        strText = static_cast<LPCSTR>(buffer.Get());
     }
     return dwStatus;
 }
@@ -78,10 +66,7 @@ DWORD OpenInf(LPCSTR lpszInfFile, InfHandle& inf) {
 }
 
 DWORD GetInfLineTextBuffer(PINFCONTEXT pContext, HINF hInf, LPCSTR lpszSection, LPCSTR lpszKey, HeapBlock& buffer) {
-    SizedBuffer text;
-    const DWORD dwStatus = ReadWithRetry(LineTextRead(pContext, hInf, lpszSection, lpszKey), text);
-    buffer = std::move(text.block);
-    return dwStatus;
+    return ReadWithRetry(LineTextRead(pContext, hInf, lpszSection, lpszKey), buffer);
 }
 
 DWORD GetInfLineText(HINF hInf, LPCSTR lpszSection, LPCSTR lpszKey, std::string& strText) {

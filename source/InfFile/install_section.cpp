@@ -153,14 +153,14 @@ DWORD CInfInstallSection::GetTimeout(HINF hInf, LPCSTR lpszSection, DWORD& dwRet
         dwNotSelected = kDefaultRetrySeconds * kMillisecondsPerSecond;
         WriteLog("RetryTimeout key is not exist");
     }
-    WriteBanneredLog("--- RetryTimeout ---", std::to_string(static_cast<INT>(dwRetry)));
+    WriteBanneredLog("--- RetryTimeout ---", std::to_string(static_cast<INT>(dwRetry)).c_str());
     if (GetData(hInf, lpszSection, "NotSelectedTimeout", strValue) == ERROR_SUCCESS) {
         dwNotSelected = TimeoutOf(strValue, kDefaultNotSelectedSeconds);
     } else {
         dwNotSelected = kDefaultNotSelectedSeconds * kMillisecondsPerSecond;
         WriteLog("NotSelectedTimeout key is not exist");
     }
-    WriteBanneredLog("--- NotSelectedTimeout ---", std::to_string(static_cast<INT>(dwNotSelected)));
+    WriteBanneredLog("--- NotSelectedTimeout ---", std::to_string(static_cast<INT>(dwNotSelected)).c_str());
     WriteLog("CInfInstallSection::GetTimeout() End(%d)", ERROR_SUCCESS);
     return ERROR_SUCCESS;
 }
@@ -181,18 +181,18 @@ DWORD CInfInstallSection::GetData(HINF hInf, LPCSTR lpszSection) {
 
     // Every key is read whatever the former ones gave.
     GetData(hInf, lpszSection, "DataFile", m_strDataFile);
-    WriteBanneredLog("--- Data File ---", m_strDataFile);
+    WriteBanneredLog("--- Data File ---", m_strDataFile.c_str());
     GetData(hInf, lpszSection, "DriverFile", m_strDriverFile);
-    WriteBanneredLog("--- Driver File ---", m_strDriverFile);
+    WriteBanneredLog("--- Driver File ---", m_strDriverFile.c_str());
     if (GetData(hInf, lpszSection, "ConfigFile", m_strConfigFile) != ERROR_SUCCESS) {
         m_strConfigFile = m_strDriverFile;
     }
-    WriteBanneredLog("--- Config File ---", m_strConfigFile);
+    WriteBanneredLog("--- Config File ---", m_strConfigFile.c_str());
     GetData(hInf, lpszSection, "HelpFile", m_strHelpFile);
-    WriteBanneredLog("--- Help File ---", m_strHelpFile);
+    WriteBanneredLog("--- Help File ---", m_strHelpFile.c_str());
     GetMonitorName(hInf, lpszSection, m_strMonitorName, m_strMonitorFile);
     GetData(hInf, lpszSection, "DefaultDataType", m_strDefaultDataType);
-    WriteBanneredLog("--- DefaultDataType ---", m_strDefaultDataType);
+    WriteBanneredLog("--- DefaultDataType ---", m_strDefaultDataType.c_str());
     GetTimeout(hInf, lpszSection, m_dwRetryTimeout, m_dwNotSelectedTimeout);
 
     std::string strDriverVer;

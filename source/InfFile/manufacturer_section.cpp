@@ -138,7 +138,7 @@ DWORD CInfManufacturerSection::GetData(HINF hInf, DWORD dwProcessor, DWORD dwMaj
     if (dwNameStatus != ERROR_SUCCESS) {
         WriteErrorLog(dwNameStatus, kInfFileSource, 384);
     }
-    WriteBanneredLog("--- Manufacturer Name ---", m_strManufacturer);
+    WriteBanneredLog("--- Manufacturer Name ---", m_strManufacturer.c_str());
 
     const DWORD dwStatus = WalkLines(hInf, kManufacturer, [&](INFCONTEXT& context) {
         std::string strLine;

@@ -28,15 +28,11 @@ INT ParseNumber(LPCSTR lpszText) {
     return static_cast<INT>(bNegative ? 0 - dwNumber : dwNumber);
 }
 
-void WriteBanneredLog(LPCSTR lpszBanner, const std::string& strValue) {
+void WriteBanneredLines(LPCSTR lpszBanner, LPCSTR lpszValue) {
     WriteLog("%s", lpszBanner);
-    WriteLog("%s", strValue.c_str());
+    WriteLog("%s", lpszValue);
     WriteLog("%s", lpszBanner);
     WriteEmptyLogLine();
-}
-
-void WriteEmptyLogLine() {
-    WriteLog("%s", "");
 }
 
 }  // namespace pikel

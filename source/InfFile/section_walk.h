@@ -3,6 +3,7 @@
 
 #include <string>
 
+#include "frame/log.h"
 #include "platform/platform.h"
 
 namespace pikel {
@@ -41,9 +42,13 @@ inline INT ParseNumber(const std::string& strText) {
 }
 
 /// Writes a value to the log between two banner lines, with an empty line behind.
-void WriteBanneredLog(LPCSTR lpszBanner, const std::string& strValue);
+#define WriteBanneredLog(banner, value) \
+    (::pikel::g_logSettings.debugEnabled ? ::pikel::WriteBanneredLines(banner, value) : (void)0)
+void WriteBanneredLines(LPCSTR lpszBanner, LPCSTR lpszValue);
 
 /// Writes a line to the log that holds nothing but its stamp.
-void WriteEmptyLogLine();
+inline void WriteEmptyLogLine() {
+    WriteLog("%s", "");
+}
 
 }  // namespace pikel

@@ -50,13 +50,13 @@ DWORD CInfVersionSection::GetData(HINF hInf) {
 
     // The statuses of the reads are not looked at: what is absent is empty.
     GetInfLineText(hInf, kVersion, "Provider", m_strProvider);
-    WriteBanneredLog("--- Provider ---", m_strProvider);
+    WriteBanneredLog("--- Provider ---", m_strProvider.c_str());
     GetInfLineText(hInf, kVersion, "Class", m_strClass);
-    WriteBanneredLog("--- Class ---", m_strClass);
+    WriteBanneredLog("--- Class ---", m_strClass.c_str());
     GetInfLineText(hInf, kVersion, "ClassGUID", m_strClassGUID);
-    WriteBanneredLog("--- ClassGUID ---", m_strClassGUID);
+    WriteBanneredLog("--- ClassGUID ---", m_strClassGUID.c_str());
     GetInfFieldByIndex(hInf, "OEM URLS", 0, 1, m_strOemUrl);
-    WriteBanneredLog("--- OEM URLS ---", m_strOemUrl);
+    WriteBanneredLog("--- OEM URLS ---", m_strOemUrl.c_str());
 
     std::string strDriverVer;
     if (GetInfLineText(hInf, kVersion, "DriverVer", strDriverVer) == ERROR_SUCCESS) {
@@ -70,7 +70,7 @@ DWORD CInfVersionSection::GetData(HINF hInf) {
     WriteEmptyLogLine();
 
     GetInfLineText(hInf, kVersion, "Signature", m_strSignature);
-    WriteBanneredLog("--- Signature ---", m_strSignature);
+    WriteBanneredLog("--- Signature ---", m_strSignature.c_str());
     WriteLog("CInfVersionSection::GetData() End(%d)", ERROR_SUCCESS);
     return ERROR_SUCCESS;
 }

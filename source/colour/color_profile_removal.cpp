@@ -84,11 +84,8 @@ StringList ListProfilesInUse() {
 }
 
 /// Uninstalls one profile with its file; what the library refuses is deleted as the file that it names.
-DWORD RemoveProfile(looked_up::UninstallColorProfileA pfnUninstall, LPCSTR lpszProfile) {
-    if (pfnUninstall(nullptr, lpszProfile, TRUE) || Platform().DeleteFileA(lpszProfile)) {
-        return 0;
-    }
-    return Platform().GetLastError();
+bool RemoveProfile(looked_up::UninstallColorProfileA pfnUninstall, LPCSTR lpszProfile) {
+    return pfnUninstall(nullptr, lpszProfile, TRUE) || Platform().DeleteFileA(lpszProfile);
 }
 
 DWORD RemoveUnusedProfiles(DWORD dwCount, const LPSTR* ppszProfiles) {
@@ -105,12 +102,8 @@ DWORD RemoveUnusedProfiles(DWORD dwCount, const LPSTR* ppszProfiles) {
     DWORD dwStatus = 0;
     for (DWORD i = 0; i < dwCount; ++i) {
         const ProfileName name(ppszProfiles[i]);
-        if (setInUse.contains(name.Text())) {
-            continue;
-        }
-        const DWORD dwCode = RemoveProfile(uninstall.Call(), name.Text());
-        if (dwCode != 0) {
-            dwStatus = dwCode;
+        if (!setInUse.contains(name.Text()) && !RemoveProfile(uninstall.Call(), name.Text())) {
+            dwStatus = Platform().GetLastError();
         }
     }
     return dwStatus;

@@ -13,7 +13,8 @@ void WIToolRegistMntrProfileKey(LPCSTR lpszPath);
 /// Enters a printer profile, in the same way. The key of the profile's quality is left open.
 void WIToolRegistPrtrProfileKey(LPCSTR lpszPath);
 
-/// 1 when one of the key's values Profile00 to Profile99 names the path, without regard to case; else 0.
+/// 1 when one of the key's values of nine characters that begin with Profile names the path, without regard to case;
+/// else 0.
 DWORD IsProfileRegistered(HKEY hKey, LPCSTR lpszPath);
 
 }  // namespace pikel

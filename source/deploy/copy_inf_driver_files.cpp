@@ -61,8 +61,8 @@ struct CInfPrinter::Job {
     InfHandle inf;
     FileQueueHandle queue;
     QueueCallbackContext context;
-    std::string strSource;  ///< folder of the INF
-    PSP_FILE_CALLBACK_A pfnCallback;
+    std::string strSource;            ///< folder of the INF
+    PSP_FILE_CALLBACK_A pfnCallback;  ///< the caller's, or null
 
     void Release() {
         context.Reset();
@@ -88,7 +88,10 @@ void CInfPrinter::CopyFiles(Job& job, HWND hwndOwner, HWND hwndProgress) {
     CheckCall(Platform().SetupInstallFilesFromInfSectionA(job.inf.Get(), nullptr, job.queue.Get(),
                                                           m_cModels.m_strInstallSection.c_str(), job.strSource.c_str(),
                                                           SP_COPY_FORCE_NEWER));
-    CheckCall(Platform().SetupCommitFileQueueA(hwndOwner, job.queue.Get(), job.pfnCallback, job.context.Get()));
+    // The queue needs some callback: without the caller's, the system's own works on the context that it gets anyway.
+    PSP_FILE_CALLBACK_A pfnCallback =
+        job.pfnCallback != nullptr ? job.pfnCallback : Platform().SetupDefaultQueueCallbackA;
+    CheckCall(Platform().SetupCommitFileQueueA(hwndOwner, job.queue.Get(), pfnCallback, job.context.Get()));
 }
 
 /// Places the language monitor's own file in the system directory. A failure is logged and ends nothing.
@@ -122,8 +125,7 @@ DWORD CInfPrinter::CopyInfDriverFiles(LPCSTR lpszInfPath, LPCSTR lpszDriverName,
                                       HWND hwndProgress) {
     WriteLogDetail("InfHelper::CInfPrinter::CopyInfDriverFiles() - Start");
     Job job;
-    // The queue needs some callback: without the caller's, the system's own works on the context that it gets anyway.
-    job.pfnCallback = pfnCallback != nullptr ? pfnCallback : Platform().SetupDefaultQueueCallbackA;
+    job.pfnCallback = pfnCallback;
     DWORD dwStatus = OpenInf(lpszInfPath, job.inf);
     if (dwStatus == 0) {
         try {

@@ -12,8 +12,8 @@ namespace pikel {
 /// @param dwCopyNameMode  see CollectCopyFileLists; other bits are refused
 /// @param dwArchitecture, dwMajorVersion, dwMinorVersion  the target system
 /// @return 0; 87 for a missing argument or a bad mode; else the code of the last model, and the sums are untouched
-/// then.
-///         The code of an earlier model doesn't count, and a file that isn't there adds nothing.
+///         then. The code of an earlier model doesn't count. A file that isn't there counts as a
+///         repeated one of the size of the last file found.
 DWORD DoGetCopyDriverFilesSize(LPCSTR lpszInfPath, LPCSTR lpszModelNames, LPDWORD pdwTotalSize, LPDWORD pdwSharedSize,
                                DWORD dwCopyNameMode, DWORD dwArchitecture, DWORD dwMajorVersion, DWORD dwMinorVersion);
 

@@ -105,7 +105,11 @@ DWORD ApplyRegistry(LPCSTR lpszInfPath, LPCSTR lpszDriverName, DWORD dwArchitect
     if (inf.Get() == INVALID_HANDLE_VALUE) {
         return 0;  // an INF that isn't there is no failure: installers call this for packages without a registry part
     }
-    if (inf.Get() == nullptr || lpszDriverName == nullptr) {
+    if (inf.Get() == nullptr) {
+        inf.Release();  // nothing that could be closed
+        return ERROR_INVALID_PARAMETER;
+    }
+    if (lpszDriverName == nullptr) {
         return ERROR_INVALID_PARAMETER;
     }
     ModelSections model;

@@ -42,16 +42,17 @@ std::string DirectoryOf(INT nDirID, LPCSTR lpszEnvironment) {
 }
 
 /// Expands one file unless it is there.
-DWORD CopyOne(const std::string& strSource, const std::string& strTarget, DWORD& dwTotalSize) {
+/// @return false on failure; the last error tells why
+bool CopyOne(const std::string& strSource, const std::string& strTarget, DWORD& dwTotalSize) {
     if (Platform().PathFileExistsA(strTarget.c_str())) {
-        return 0;
+        return true;
     }
     SourceFileInfo info;
     if (!GetSourceFileInfo(strSource, info) || !ExpandFile(strSource, strTarget, info)) {
-        return Platform().GetLastError();
+        return false;
     }
     dwTotalSize += info.dwTargetSize;
-    return 0;
+    return true;
 }
 
 DWORD CopyAll(const CopyFileLists& lists, LPCSTR lpszInfPath, const std::string& strLocalFolder,
@@ -61,16 +62,16 @@ DWORD CopyAll(const CopyFileLists& lists, LPCSTR lpszInfPath, const std::string&
     Platform().CopyFileA(lpszInfPath, (strLocalFolder + FileNameOfPath(lpszInfPath)).c_str(), FALSE);
     LPCSTR lpszEnvironment = DriverArchitectureOf(dwInfArchitecture);
     copy.records = AllocateHeap(sizeof(LocalFileRecord) * lists.size());
-    for (std::size_t i = 0; i < lists.size(); ++i) {
+    DWORD dwStatus = 0;
+    for (std::size_t i = 0; i < lists.size() && dwStatus == 0; ++i) {
         const std::string strDirectory = DirectoryOf(lists.vecDirIDs[i], lpszEnvironment);
-        const DWORD dwCode =
-            CopyOne(strSourceFolder + lists.vecSourceNames[i], strLocalFolder + lists.NameAt(i), copy.dwTotalSize);
-        if (dwCode != 0) {
-            return dwCode;
+        if (CopyOne(strSourceFolder + lists.vecSourceNames[i], strLocalFolder + lists.NameAt(i), copy.dwTotalSize)) {
+            copy.AddRecord(strDirectory, lists.vecTargetNames[i]);
+        } else {
+            dwStatus = Platform().GetLastError();
         }
-        copy.AddRecord(strDirectory, lists.vecTargetNames[i]);
     }
-    return 0;
+    return dwStatus;
 }
 
 }  // namespace

@@ -78,6 +78,7 @@ class StagedCopy {
 
     LPCSTR m_lpszInfPath;
     std::string m_strStaging;
+    std::string m_strStagedInf;  ///< path of the INF's own copy; empty while nothing is staged
     std::string m_strSource;
     std::string m_strEnvironment;
     DWORD m_dwInfArchitecture;
@@ -96,7 +97,8 @@ void StagedCopy::Stage() {
     }
     m_strSource = FolderOfPath(m_lpszInfPath);
     // The INF goes along; the files count without it.
-    Platform().CopyFileA(m_lpszInfPath, (m_strStaging + FileNameOfPath(m_lpszInfPath)).c_str(), FALSE);
+    m_strStagedInf = m_strStaging + FileNameOfPath(m_lpszInfPath);
+    Platform().CopyFileA(m_lpszInfPath, m_strStagedInf.c_str(), FALSE);
     for (std::size_t i = 0; i < m_lists.size() && dwStatus == 0; ++i) {
         dwStatus = StageOne(i);
     }
@@ -130,13 +132,13 @@ DWORD StagedCopy::StageOne(std::size_t nIndex) {
 /// Where the file is installed, as far as the system knows. A driver's own files lie in a folder of their version.
 std::string StagedCopy::InstalledPath(std::size_t nIndex) const {
     const std::string& strName = m_lists.vecTargetNames[nIndex];
-    if (IsMonitorOfNt4(nIndex)) {
-        return Bounded(InSystemDirectory(strName));
-    }
     const INT nDirID = m_lists.vecDirIDs[nIndex];
     std::string strDirectory;
     if (nDirID != kNoDirID) {
         GetDirectoryFromDirID(static_cast<DWORD>(nDirID), m_strEnvironment.c_str(), strDirectory);
+    }
+    if (IsMonitorOfNt4(nIndex)) {
+        return Bounded(InSystemDirectory(strName));
     }
     strDirectory = WithBackslash(strDirectory);
     if (nDirID == static_cast<INT>(DirIDPrinterDriver) || nDirID == static_cast<INT>(DirIDSystem)) {
@@ -188,6 +190,9 @@ INT StagedCopy::TestLock(const std::string& strInstalled, INT nVerdict) {
 
 DWORD StagedCopy::CommitCopiedFiles() {
     DWORD dwStatus = 0;
+    if (m_strStagedInf.empty()) {
+        return dwStatus;
+    }
     for (std::size_t i = 0; i < m_lists.size() && dwStatus == 0; ++i) {
         if (m_lists.vecDirIDs[i] != kNoDirID) {
             dwStatus = Place(i);

@@ -29,7 +29,7 @@ DWORD AddPrinterDriverx64(LPSTR lpszServer, const DriverAddRecord* pRecord);
 /// @param lpszServer  null: this machine
 /// @param pRecord     the driver; its files are in place. Required, and so is DriverInfo.pName.
 /// @return 0; 87 for a null record or name; else the code of the monitor or of the driver; 120 on a system without
-/// route
+///         route
 DWORD DoAddPrinterDriver(LPSTR lpszServer, const DriverAddRecord* pRecord);
 
 }  // namespace pikel

@@ -17,8 +17,7 @@ bool ReplaceExtension(LPCSTR lpszOldFile, LPCSTR lpszExtension, LPSTR lpszNewFil
 /// Puts a new file beside the old one, with the extension ".new", and has the system replace the old one at its next
 /// start. Two files that differ in their extensions alone share one waiting name; nothing guards against that.
 /// @return 0; 87 for a null argument; 1359 when the waiting name can't be formed; else the code of the copy, after
-/// which
-///         nothing is entered, or of WriteWininit, after which the waiting file stays
+///         which nothing is entered, or of WriteWininit, after which the waiting file stays
 DWORD RenameFileAndRegister9x(LPCSTR lpszOldFile, LPCSTR lpszSourceFile);
 
 /// Enters a step into the [rename] section of "wininit.ini", unless the same step is there.

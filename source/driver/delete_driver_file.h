@@ -20,7 +20,7 @@ class CDeleteDriverFile {
     /// @param lpszName         the driver, in any case
     /// @param pDeleteFiles [out]         its files, or null when they aren't wanted; so with each of the others
     /// @param pOtherFiles [out]          files of the others
-    /// @param pstrMonitorName [out]      its language monitor; empty for none
+    /// @param pstrMonitorName [out]      its language monitor; empty for none and for one whose DLL can't be told
     /// @param pstrMonitorFile [out]      that monitor's DLL; empty for none and for one that can't be told
     /// @param pOtherMonitorFiles [out]   monitor DLLs of the others
     /// @return 0, or the code of the enumeration; then all that is wanted is empty

@@ -6,6 +6,7 @@
 #include <string>
 #include <string_view>
 
+#include "driver/driver_records.h"
 #include "driver/look_ups.h"
 #include "frame/file_version.h"
 #include "frame/log.h"
@@ -14,25 +15,12 @@
 #include "frame/string_list.h"
 #include "frame/text.h"
 #include "platform/owned.h"
-#include "printer/spooler_read.h"
 
 namespace pikel {
 
 namespace {
 
 constexpr DWORD kShortVersionSize = 32;  // bytes of a version text here
-
-/// Reads the drivers of the running system's own environment at level 3.
-DWORD ListDrivers(HeapBlock& drivers, DWORD* pdwCount) {
-    *pdwCount = 0;
-    const DWORD dwStatus = ReadSpoolerBlock(drivers, [&](LPBYTE pBuffer, DWORD cbBuffer, LPDWORD pcbNeeded) {
-        return Platform().EnumPrinterDriversA(nullptr, nullptr, 3, pBuffer, cbBuffer, pcbNeeded, pdwCount);
-    });
-    if (!drivers) {
-        *pdwCount = 0;
-    }
-    return dwStatus;
-}
 
 const DRIVER_INFO_3A* FindDriver(const HeapBlock& drivers, DWORD dwCount, LPCSTR lpszDriverName) {
     const auto* pFirst = static_cast<const DRIVER_INFO_3A*>(drivers.Get());
@@ -144,7 +132,7 @@ DWORD IsDriverFileLoaded(LPCSTR lpszDriverName) {
     }
     HeapBlock drivers;
     DWORD dwCount = 0;
-    if (ListDrivers(drivers, &dwCount) != 0) {
+    if (EnumDriverRecords(nullptr, 3, drivers, &dwCount) != 0) {
         return 0;
     }
     const DRIVER_INFO_3A* pDriver = FindDriver(drivers, dwCount, lpszDriverName);

@@ -32,8 +32,7 @@ DWORD CheckUseMonitorFile(LPCSTR lpszPath);
 
 /// Which of two files is newer: by their file versions, and by their last write times where those don't tell.
 /// @param nResult [out]  2: the source is missing; -2: the target is (this wins); 1: the source is newer; -1: the
-/// target
-///                       is; 0: equal, or it can't be told
+///                       target is; 0: equal, or it can't be told
 /// @return always 0
 DWORD CompareFileVersion(LPCSTR lpszSource, LPCSTR lpszTarget, INT& nResult);
 

@@ -8,6 +8,7 @@
 #include "frame/os_identity.h"
 #include "frame/text.h"
 #include "platform/owned.h"
+#include "printer/spooler_read.h"
 
 namespace pikel {
 
@@ -17,26 +18,12 @@ namespace {
 /// @param list [out]      *pdwCount records of MONITOR_INFO_1A with their texts, or empty for none
 /// @return 0; 8 without memory; else the spooler's code
 DWORD ListMonitors(HeapBlock& list, DWORD* pdwCount) {
-    *pdwCount = 0;
-    DWORD dwNeeded = 0;
-    if (Platform().EnumMonitorsA(nullptr, 1, nullptr, 0, &dwNeeded, pdwCount)) {
-        *pdwCount = 0;  // what fits into no buffer is no monitor
-        return 0;
-    }
-    DWORD dwStatus = Platform().GetLastError();
-    if (dwStatus != ERROR_INSUFFICIENT_BUFFER) {
-        return dwStatus;
-    }
-    HeapBlock block = AllocateHeap(dwNeeded);
-    if (!block) {
-        return ERROR_NOT_ENOUGH_MEMORY;
-    }
-    if (!Platform().EnumMonitorsA(nullptr, 1, static_cast<LPBYTE>(block.Get()), dwNeeded, &dwNeeded, pdwCount)) {
-        *pdwCount = 0;
-        return Platform().GetLastError();
-    }
-    list = std::move(block);
-    return 0;
+    DWORD dwReturned = 0;
+    const DWORD dwStatus = ReadSpoolerBlock(list, [&](LPBYTE pBuffer, DWORD cbBuffer, LPDWORD pcbNeeded) {
+        return Platform().EnumMonitorsA(nullptr, 1, pBuffer, cbBuffer, pcbNeeded, &dwReturned);
+    });
+    *pdwCount = list ? dwReturned : 0;
+    return dwStatus;
 }
 
 /// A list that can't be had counts as one without the monitor: the spooler itself decides then.

@@ -11,7 +11,7 @@ namespace pikel {
 /// @param pMonitorInfo  the monitor; handed to the spooler as it stands and not written to. A null or empty pName means
 ///                      that the driver has no monitor. pDLLName is a file of the system directory.
 /// @return 0, also for a driver without a monitor; 87 for a null record; else the code with which the spooler refused
-/// it
+///         it
 DWORD AddLanguageMonitor(const MONITOR_INFO_2A* pMonitorInfo);
 
 }  // namespace pikel

@@ -17,14 +17,23 @@ namespace pikel {
 namespace {
 
 constexpr UINT kPathSize = 260;              // bytes of a path, NUL included
-constexpr DWORD kPathTooLong = 206;          // ERROR_FILENAME_EXCED_RANGE (winerror.h)
 constexpr int kMostAttempts = 100;           // of a copy over a file that is held
 constexpr DWORD kWaitBetweenAttempts = 100;  // milliseconds
 
-std::string SystemDirectoryWithBackslash() {
+/// @param strDirectory [out]  with a backslash; empty on failure
+/// @return 0 or a code: without the directory a file would land wherever the program happens to stand
+DWORD ReadSystemDirectory(std::string& strDirectory) {
     char szDirectory[kPathSize] = {};
     const UINT nLength = Platform().GetSystemDirectoryA(szDirectory, kPathSize);
-    return nLength < kPathSize ? WithBackslash(szDirectory) : std::string();
+    if (nLength == 0) {
+        const DWORD dwCode = Platform().GetLastError();
+        return dwCode != 0 ? dwCode : static_cast<DWORD>(ERROR_INTERNAL_ERROR);
+    }
+    if (nLength >= kPathSize) {
+        return ERROR_FILENAME_EXCED_RANGE;
+    }
+    strDirectory = WithBackslash(szDirectory);
+    return 0;
 }
 
 /// Source and target of one file.
@@ -82,7 +91,7 @@ DWORD ReplaceOlder9x(const CopyPaths& paths, LPDWORD pdwRebootFlag) {
 
 DWORD CopyOne9x(const CopyPaths& paths, LPDWORD pdwRebootFlag) {
     if (!paths.Fit()) {
-        return kPathTooLong;
+        return ERROR_FILENAME_EXCED_RANGE;
     }
     if (!Platform().PathFileExistsA(paths.strTarget.c_str())) {
         return CopyMissing9x(paths);
@@ -104,22 +113,22 @@ DWORD CopyOne9x(const CopyPaths& paths, LPDWORD pdwRebootFlag) {
 /// Ends with the first file that fails; the files before it stay copied.
 DWORD CopyMonitorFile9x(LPCSTR lpszFilePath, LPCSTR lpszFileList, LPDWORD pdwRebootFlag) {
     *pdwRebootFlag = 0;
-    DWORD dwStatus = 0;
     WriteLogDetail("CopyMonitorFile9x Start");
     WriteLogDetail("CopyMonitorFile9x lpszFilePath %s", lpszFilePath);
     WriteLogDetail("CopyMonitorFile9x lpszFileList %s", lpszFileList);
     StringList items;
     AnalyzeParameter(lpszFileList, items);
-    const std::string strSystemDirectory = SystemDirectoryWithBackslash();
+    std::string strSystemDirectory;
+    DWORD dwStatus = ReadSystemDirectory(strSystemDirectory);
     for (const std::string& strItem : items) {
+        if (dwStatus != 0) {
+            break;
+        }
         WriteLogDetail("CopyMonitorFile9x Monitor is %s", strItem.c_str());
         const CopyPaths paths = MakePaths(lpszFilePath, strSystemDirectory, strItem);
         WriteLogDetail("CopyMonitorFile9x SrcFilePath:%s", paths.strSource.c_str());
         WriteLogDetail("CopyMonitorFile9x DstFilePath:%s", paths.strTarget.c_str());
         dwStatus = CopyOne9x(paths, pdwRebootFlag);
-        if (dwStatus != 0) {
-            break;
-        }
     }
     WriteLogDetail("CopyMonitorFile9x End(%d)", dwStatus);
     return dwStatus;
@@ -192,7 +201,7 @@ DWORD CopyWithAttemptsNT(const CopyPaths& paths) {
 /// @return false when the walk ends here
 bool CopyOneNT(const CopyPaths& paths, StoppedSpooler& spooler, DWORD& dwStatus) {
     if (!paths.Fit()) {
-        dwStatus = kPathTooLong;
+        dwStatus = ERROR_FILENAME_EXCED_RANGE;
         return true;
     }
     if (!Platform().PathFileExistsA(paths.strTarget.c_str())) {
@@ -223,20 +232,22 @@ bool CopyOneNT(const CopyPaths& paths, StoppedSpooler& spooler, DWORD& dwStatus)
 /// waits for a restart on this family.
 DWORD CopyMonitorFileNT(LPCSTR lpszFilePath, LPCSTR lpszFileList, LPDWORD pdwRebootFlag) {
     *pdwRebootFlag = 0;
-    DWORD dwStatus = 0;
     WriteLogDetail("CopyMonitorFileNT Start");
     WriteLogDetail("CopyMonitorFileNT lpszFilePath %s", lpszFilePath);
     WriteLogDetail("CopyMonitorFileNT lpszFileList %s", lpszFileList);
     StringList items;
     AnalyzeParameter(lpszFileList, items);
-    const std::string strSystemDirectory = SystemDirectoryWithBackslash();
-    StoppedSpooler spooler;
-    for (const std::string& strItem : items) {
-        if (!CopyOneNT(MakePaths(lpszFilePath, strSystemDirectory, strItem), spooler, dwStatus)) {
-            break;
+    std::string strSystemDirectory;
+    DWORD dwStatus = ReadSystemDirectory(strSystemDirectory);
+    if (dwStatus == 0) {
+        StoppedSpooler spooler;
+        for (const std::string& strItem : items) {
+            if (!CopyOneNT(MakePaths(lpszFilePath, strSystemDirectory, strItem), spooler, dwStatus)) {
+                break;
+            }
         }
+        spooler.StartAgain();
     }
-    spooler.StartAgain();
     WriteLogDetail("CopyMonitorFileNT End(%d)", dwStatus);
     return dwStatus;
 }

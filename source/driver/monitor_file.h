@@ -18,9 +18,9 @@ void AnalyzeParameter(LPCSTR lpszFileList, StringList& out);
 /// @param lpszFilePath   folder of the new files. Required.
 /// @param lpszFileList   their names, each with a "/" behind it. Required.
 /// @param pdwRebootFlag  [out] 1 when a file waits for the next start, else 0. May be null.
-/// @return 0; 87 for a missing argument, and for a list whose last name has no "/" behind it; else, on the 9x family
-/// the
-///         code that ended the walk, and on the NT family the code of the last file that was copied or compared
+/// @return 0; 87 for a missing argument, and for a list whose last name has no "/" behind it; the code with which the
+///         system directory can't be had, and nothing is copied then; else, on the 9x family the code that ended the
+///         walk, and on the NT family the code of the last file that was copied or compared
 DWORD DoCopyMointorFile(LPCSTR lpszFilePath, LPCSTR lpszFileList, LPDWORD pdwRebootFlag);
 
 }  // namespace pikel

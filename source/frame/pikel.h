@@ -116,7 +116,7 @@ typedef struct PrinterShareRecord {
 /** What the NT family keeps beside a printer's level 2 data. */
 typedef struct PrinterSecurityRecord {
     LPSTR SecurityDescriptor;       /**< descriptor text; on NT 4.0 the raw descriptor bytes */
-    DWORD SecurityDescriptorLength; /**< characters of the text, or bytes */
+    DWORD SecurityDescriptorLength; /**< bytes of the text with its NUL, or of the descriptor */
     DWORD PublishAction;            /**< dwAction of PRINTER_INFO_7, 0 if not read */
     LPDEVMODEA DevMode;             /**< the per-printer DEVMODE of PRINTER_INFO_8, or null */
 } PrinterSecurityRecord;

@@ -23,6 +23,17 @@ DWORD RunGuarded(Work&& work) {
     }
 }
 
+/// Runs the work of a slot that answers with a plain value. A code would read as a yes there.
+/// @param dwUnknown  the answer when the work throws
+template <class Work>
+DWORD RunGuardedOr(DWORD dwUnknown, Work&& work) {
+    try {
+        return work();
+    } catch (...) {
+        return dwUnknown;
+    }
+}
+
 /// The whole 32-bit code is ORed; nothing is masked first.
 inline PiStatus ToStatus(DWORD dwCode, DWORD dwPrefix) {
     return dwCode == 0 ? 0 : dwCode | dwPrefix;
@@ -40,9 +51,9 @@ PiStatus RunStatusSlot(const char* startName, const char* name, DWORD dwPrefix, 
 
 /// The common form for a slot with a plain value.
 template <class Work>
-DWORD RunValueSlot(const char* name, Work&& work) {
+DWORD RunValueSlot(const char* name, DWORD dwUnknown, Work&& work) {
     WriteLog("%s Start", name);
-    DWORD dwValue = RunGuarded(work);
+    DWORD dwValue = RunGuardedOr(dwUnknown, work);
     WriteLog("%s End:(%d)", name, static_cast<int>(dwValue));
     WriteLog("%s", "");
     return dwValue;
@@ -85,13 +96,13 @@ struct SlotFunction<Slot, Result(WINAPI*)(Parameters...)> {
         }                                                                                                   \
     };
 
-/// Declares a slot of the common form with a plain value.
-#define VALUE_SLOT(operation, work)                                                     \
-    struct operation##_Slot {                                                           \
-        template <class... Arguments>                                                   \
-        static DWORD Run(Arguments... arguments) {                                      \
-            return RunValueSlot(#operation, [&] { return DWORD(work(arguments...)); }); \
-        }                                                                               \
+/// Declares a slot of the common form with a plain value. unknown is its answer when it can't be found out.
+#define VALUE_SLOT(operation, unknown, work)                                                     \
+    struct operation##_Slot {                                                                    \
+        template <class... Arguments>                                                            \
+        static DWORD Run(Arguments... arguments) {                                               \
+            return RunValueSlot(#operation, unknown, [&] { return DWORD(work(arguments...)); }); \
+        }                                                                                        \
     };
 
 /// The function of a declared slot, for the table.

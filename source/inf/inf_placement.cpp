@@ -15,7 +15,8 @@ namespace {
 
 /// Numbers that an oem file can have: from 0 on.
 constexpr int kOemNumbers = 1000;
-constexpr DWORD kErrorNameTooLong = 206;
+/// Line of a copy that worked, by either way of Windows 95.
+constexpr char kCopied95[] = "InfFileCopy95() - ::CopyFile() --Success--";
 constexpr DWORD kDriverDirectorySize = 4096;
 /// Copy style for the system's own placing.
 constexpr DWORD kCopyStyle = SP_COPY_FORCE_NEWER;
@@ -29,7 +30,7 @@ bool Fits(const std::string& strPath) {
 /// @return 0 or a code
 DWORD CopyTo(LPCSTR lpszInfFile, const std::string& strTarget, BOOL bFailIfExists) {
     if (!Fits(strTarget)) {
-        return kErrorNameTooLong;
+        return ERROR_FILENAME_EXCED_RANGE;
     }
     return Platform().CopyFileA(lpszInfFile, strTarget.c_str(), bFailIfExists) ? DWORD{ERROR_SUCCESS}
                                                                                : Platform().GetLastError();
@@ -199,7 +200,7 @@ DWORD InfFileCopy98(LPCSTR lpszInfFile, DWORD dwProcessor, DWORD dwMajor, DWORD 
     const std::string strFolder = lpszFolder;
     const std::string strOther = strFolder + "Other\\";
     if (!Fits(strOther + "*")) {
-        return kErrorNameTooLong;
+        return ERROR_FILENAME_EXCED_RANGE;
     }
     FindHandle search = FindAnything(strOther + "*");
     if (search) {
@@ -235,24 +236,20 @@ DWORD InfFileCopy95(LPCSTR lpszInfFile, DWORD dwProcessor, DWORD dwMajor, DWORD 
     // From here on no failure is told.
     const std::string strFolder = lpszFolder;
     FindHandle search = FindAnything(strFolder + "Other\\*");
-    bool bCopied = false;
     if (search) {
         HANDLE hSearch = search.Get();
         search.Reset();
         const std::string strTarget = strFolder + "Other\\Tarvo" + std::string(BehindLastBackslash(lpszInfFile));
-        bCopied = CopyTo(lpszInfFile, strTarget, FALSE) == ERROR_SUCCESS;
-        if (bCopied) {
+        if (CopyTo(lpszInfFile, strTarget, FALSE) == ERROR_SUCCESS) {
             // The fresh copy itself goes again: with an Other folder the system is only to read its INFs anew.
             ClearAndDelete(strTarget);
             DeleteDriverIndex(strFolder);
+            WriteLog(kCopied95);
         }
         // Closed a second time; the system refuses it. The number of closes is part of this route.
         Platform().FindClose(hSearch);
-    } else {
-        bCopied = CopyToFreeNumber(lpszInfFile, lpszFolder) == ERROR_SUCCESS;
-    }
-    if (bCopied) {
-        WriteLog("InfFileCopy95() - ::CopyFile() --Success--");
+    } else if (CopyToFreeNumber(lpszInfFile, lpszFolder) == ERROR_SUCCESS) {
+        WriteLog(kCopied95);
     }
     return ERROR_SUCCESS;
 }
@@ -264,7 +261,7 @@ DWORD PI_InfFileCopy(LPCSTR lpszInfFile, DWORD dwProcessor, DWORD dwMajor, DWORD
     }
     WriteLog("PI_InfFileCopy Start");
     const std::string strFolder = TargetFolder(lpszDir);
-    DWORD dwStatus = kErrorNameTooLong;
+    DWORD dwStatus = ERROR_FILENAME_EXCED_RANGE;
     if (Fits(strFolder)) {
         dwStatus = CallRoute(kInfFileCopyRoutines, lpszInfFile, dwProcessor, dwMajor, dwMinor, strFolder.c_str(),
                              lpszProvider, lpszClass, dwFlag);

@@ -27,7 +27,7 @@ DWORD ListInfs(LPCSTR lpszDirectory, HeapBlock& names) {
     if (!Platform().SetupGetInfFileListA(lpszDirectory, INF_STYLE_WIN4, nullptr, 0, &dwSize)) {
         return Platform().GetLastError();
     }
-    HeapBlock block = AllocateHeap(dwSize);
+    HeapBlock block = AllocateHeap(SIZE_T{dwSize} + 2);  // ends as a multi-string, whatever is written
     if (!block) {
         return ERROR_NOT_ENOUGH_MEMORY;
     }

@@ -1,7 +1,9 @@
 // The default printer: which it is, whether a printer is it, and making a printer it.
 #include "printer/default_printer.h"
 
+#include <algorithm>
 #include <cstring>
+#include <limits>
 #include <string>
 #include <string_view>
 
@@ -106,11 +108,12 @@ constexpr OsRouteTable<GetDefaultPrinterRoutine> kGetDefaultPrinterRoutes = {
 };
 static_assert(IsComplete(kGetDefaultPrinterRoutes));
 
-/// The caller's buffer as text: the part of it in front of a NUL, and never more than its size. It may never have been
-/// written.
-std::string BoundedText(LPCSTR lpszBuffer, DWORD dwSize) {
-    const void* pNul = dwSize == 0 ? lpszBuffer : std::memchr(lpszBuffer, '\0', dwSize);
-    return pNul == nullptr ? std::string(lpszBuffer, dwSize) : std::string(lpszBuffer, static_cast<LPCSTR>(pNul));
+/// Length of the text in the caller's buffer, as a printf precision: up to a NUL, and never more than its size. The
+/// buffer may never have been written.
+int BoundedLength(LPCSTR lpszBuffer, DWORD dwSize) {
+    const DWORD dwMost = std::min<DWORD>(dwSize, std::numeric_limits<int>::max());
+    const void* pNul = std::memchr(lpszBuffer, '\0', dwMost);
+    return pNul == nullptr ? static_cast<int>(dwMost) : static_cast<int>(static_cast<LPCSTR>(pNul) - lpszBuffer);
 }
 
 // ---- whether a printer is it ------------------------------------------------------------------------------------
@@ -290,7 +293,7 @@ DWORD DoGetDefaultPrinter(LPSTR lpszBuffer, DWORD dwSize) {
     }
     WriteLog("DoGetDefaultPrinter() Start");
     const DWORD dwCode = CallRoute(kGetDefaultPrinterRoutes, lpszBuffer, dwSize);
-    WriteLog("DoGetDefaultPrinter(%s) End(%d)", BoundedText(lpszBuffer, dwSize).c_str(), dwCode);
+    WriteLog("DoGetDefaultPrinter(%.*s) End(%d)", BoundedLength(lpszBuffer, dwSize), lpszBuffer, dwCode);
     return dwCode;
 }
 

@@ -2,6 +2,7 @@
 #include "printer/printer_values.h"
 
 #include <cstring>
+#include <limits>
 #include <vector>
 
 #include "frame/log.h"
@@ -74,7 +75,7 @@ std::vector<FoundValue> FindValues(LPCSTR lpszPrinterName) {
     return found;
 }
 
-DWORD SizeOf(const std::vector<FoundValue>& found) {
+std::size_t SizeOf(const std::vector<FoundValue>& found) {
     PackSize size;
     size.Add<PrinterRegistryEntry>(found.size());
     for (const FoundValue& item : found) {
@@ -82,7 +83,7 @@ DWORD SizeOf(const std::vector<FoundValue>& found) {
         size.AddText(item.pRow->lpszValueName);
         size.AddBytes(item.value.dwSize);
     }
-    return static_cast<DWORD>(size.Size());
+    return size.Size();
 }
 
 void Fill(void* pBlock, const std::vector<FoundValue>& found) {
@@ -110,13 +111,13 @@ DWORD ReadPrinterValues(RegistryDataBlock& block, LPCSTR lpszPrinterName) {
     if (found.empty()) {
         return ERROR_SUCCESS;
     }
-    const DWORD dwSize = SizeOf(found);
-    HeapBlock entries = AllocateHeap(dwSize);
+    const std::size_t size = SizeOf(found);
+    HeapBlock entries = size <= std::numeric_limits<DWORD>::max() ? AllocateHeap(size) : HeapBlock();
     if (!entries) {
         return ERROR_NOT_ENOUGH_MEMORY;
     }
     Fill(entries.Get(), found);
-    block.Store(std::move(entries), dwSize, static_cast<DWORD>(found.size()));
+    block.Store(std::move(entries), static_cast<DWORD>(size), static_cast<DWORD>(found.size()));
     return ERROR_SUCCESS;
 }
 

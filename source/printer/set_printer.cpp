@@ -105,8 +105,7 @@ DWORD ApplyShareAndTimeouts(LPCSTR lpszPrinterName, const PrinterRecord& record)
                               share.DeviceNotSelectedTimeout, share.TransmissionRetryTimeout);
 }
 
-// ---- NT family: descriptor, publishing, DEVMODE
-// -----------------------------------------------------------------------
+// ---- NT family: descriptor, publishing, DEVMODE ---------------------------------------------------------------------
 
 /// Publishes as the record says, when the printer isn't published so. A pending state is never written back.
 DWORD ApplyPublishAction(LPCSTR lpszPrinterName, DWORD dwAction) {
@@ -153,8 +152,7 @@ DWORD ApplySecurity(LPCSTR lpszPrinterName, const PrinterSecurityRecord& securit
     return dwResult;
 }
 
-// ---- the steps behind the open
-// ----------------------------------------------------------------------------------------
+// ---- the steps behind the open --------------------------------------------------------------------------------------
 
 /// What is done with the open printer and after it. All of it reports to the log alone.
 void WriteRecord(LPCSTR lpszPrinterName, PrinterHandle& hPrinter, const PrinterRecord& record) {

@@ -1,8 +1,8 @@
 // A printer's share on the 9x family: kept by the network library and in a registry key of its own. The keys stand
 // below HKEY_LOCAL_MACHINE\SOFTWARE\Microsoft\Windows\CurrentVersion\Network\LanMan and bear the names of the shares.
 //
-// Each operation looks its function up in "svrapi.dll". It logs its end once it came as far as the network library's
-// call; null arguments and a library or function that isn't there end it without that line.
+// Each operation looks its function up in "svrapi.dll". Null arguments and a library or
+// function that isn't there end it without its end line; every other way has it.
 #pragma once
 
 #include "frame/pikel.h"
@@ -34,8 +34,7 @@ DWORD AddSharePrinter9x(const PrinterShareRecord* pRecord);
 /// @param lpszShareName    Required.
 /// @param lpszPrinterName  what the shell is told; may be null
 /// @return 0, also when the registry key could not be deleted; 87 for a null share name; the last error when the
-/// library
-///         or its function isn't there; else the library's code, and the registry is as it was then
+///         library or its function isn't there; else the library's code, and the registry is as it was then
 DWORD DeleteSharePrinter9x(LPCSTR lpszShareName, LPCSTR lpszPrinterName);
 
 }  // namespace pikel

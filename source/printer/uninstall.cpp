@@ -14,7 +14,7 @@ namespace {
 /// The spooler restart of an uninstall: it has the spooler let go of the driver's files.
 constexpr DWORD kRestartSpooler = 1;
 
-/// The Print UI of the Vista generation asks its user; so the flag counts for nothing there.
+/// The Vista generation takes the direct route whatever the caller asks for.
 bool TakesPrintUI(INT nUsePrintUI) {
     return nUsePrintUI != 0 && !HasOsClass(OsClassVista);
 }

@@ -92,7 +92,8 @@ DWORD RemoveWhatBelonged(DWORD dwVersion, LPCSTR lpszDriverName, DWORD dwProfile
         dwCode = DeleteLanguageMonitor(nullptr, dwVersion, lpszDriverName, lpszMonitorName, dwFileRemovalFlag);
     }
     if (dwCode == ERROR_SUCCESS) {
-        // Without the flag this gets empty lists, and deletes nothing.
+        // Without the flag this gets empty lists. The empty name of the monitor's DLL then passes for one that nobody
+        // else uses: it is deleted as a file without a name, which the system refuses unnoticed.
         dwCode = CDeleteDriverFile().DeleteDriverFiles(dwVersion, monitor.lpszEnvironment, nullptr, nullptr,
                                                        &monitor.otherFiles, &monitor.strFile);
     }

@@ -13,7 +13,6 @@ namespace pikel {
 namespace {
 
 constexpr std::size_t kLongestFolder = 260;
-constexpr DWORD kPathTooLong = 206;  // ERROR_FILENAME_EXCED_RANGE (winerror.h)
 constexpr UINT kNotificationMask = 0xFF;
 
 /// Tells the system where a file goes, and makes its folders.
@@ -21,20 +20,25 @@ UINT PlaceFile(LPCSTR lpszFolder, FILE_IN_CABINET_INFO_A& info, LPCSTR lpszCabin
     const std::string strTarget = lpszFolder != nullptr ? std::string(lpszFolder) + "\\" + info.NameInCabinet
                                                         : FolderOfPath(lpszCabinetPath) + info.NameInCabinet;
     if (!CopyIfFits(strTarget, info.FullTargetName, sizeof info.FullTargetName)) {
-        Platform().SetLastError(kPathTooLong);
+        Platform().SetLastError(ERROR_FILENAME_EXCED_RANGE);
         return FILEOP_ABORT;
     }
     EnsurePathExists(FolderOfPath(info.FullTargetName).c_str());
     return FILEOP_DOIT;
 }
 
-/// PSP_FILE_CALLBACK_A of the walk; the context is the output folder.
+/// PSP_FILE_CALLBACK_A of the walk; the context is the output folder. No exception goes through the system's frames.
 UINT CALLBACK ExtractCabinetCallback(PVOID pContext, UINT nNotification, UINT_PTR param1, UINT_PTR param2) {
     if ((nNotification & kNotificationMask) != SPFILENOTIFY_FILEINCABINET) {
         return 0;
     }
-    return PlaceFile(static_cast<LPCSTR>(pContext), *reinterpret_cast<FILE_IN_CABINET_INFO_A*>(param1),
-                     reinterpret_cast<LPCSTR>(param2));
+    try {
+        return PlaceFile(static_cast<LPCSTR>(pContext), *reinterpret_cast<FILE_IN_CABINET_INFO_A*>(param1),
+                         reinterpret_cast<LPCSTR>(param2));
+    } catch (...) {
+        Platform().SetLastError(ERROR_NOT_ENOUGH_MEMORY);
+        return FILEOP_ABORT;
+    }
 }
 
 }  // namespace

@@ -82,7 +82,7 @@ TEST_F(InfAccess, TheBufferIsABlockOfTheProcessHeapForTheCaller) {
     HeapBlock buffer = AllocateHeap(1);
     EXPECT_EQ(GetInfLineTextBuffer(nullptr, inf, "Numbers", "Several", buffer), 0u);
     EXPECT_THAT(static_cast<const char*>(buffer.Get()), StrEq("a,b c,,d"));
-    EXPECT_EQ(Machine().Heap().Size(buffer.Get()), 9u);
+    EXPECT_EQ(Machine().Heap().Size(buffer.Get()), 10u) << "the text, its NUL and one more";
     EXPECT_EQ(GetInfLineTextBuffer(nullptr, inf, "Numbers", "Two", buffer), 1359u);
     EXPECT_FALSE(buffer) << "emptied first";
 }
@@ -324,10 +324,10 @@ TEST_F(ReadHelper, ASecondCallThatTellsAnotherSizeIsTakenAsItIs) {
 }
 
 TEST_F(ReadHelper, ATextWithoutItsNulEndsWithItsBlock) {
-    g_answers = {{TRUE, 3, ""}, {TRUE, 3, "abc"}};
-    std::string text;
-    EXPECT_EQ(GetInfLineText(m_inf, "S", "K", text), 0u);
-    EXPECT_EQ(text, "abc");
+    ForEachHelper({{TRUE, 3, ""}, {TRUE, 3, "abc"}}, [](DWORD status, const std::string& text) {
+        EXPECT_EQ(status, 0u);
+        EXPECT_EQ(text, "abc");
+    });
 }
 
 // ---- opening --------------------------------------------------------------------------------------------------------

@@ -28,8 +28,7 @@ class ToolPrinter : public ToolTest {
     }
 };
 
-// ---- show, set, export, import
-// ----------------------------------------------------------------------------------------
+// ---- show, set, export, import --------------------------------------------------------------------------------------
 
 TEST_F(ToolPrinter, IsShown) {
     const std::string machine = Installed();
@@ -131,8 +130,7 @@ TEST_F(ToolPrinter, BadRecordsAreRefusedByTheirField) {
     EXPECT_THAT(On(machine, "printer import " + file + ".missing").errors, HasSubstr("no such file"));
 }
 
-// ---- removal
-// --------------------------------------------------------------------------------------------------------------
+// ---- removal --------------------------------------------------------------------------------------------------------
 
 TEST_F(ToolPrinter, IsDeletedByEitherRoute) {
     const std::string machine = Installed();
@@ -176,8 +174,7 @@ TEST_F(ToolPrinter, DriverIsDeletedWhenNobodyUsesIt) {
     EXPECT_EQ(Json(machine, "driver list").size(), 0u);
 }
 
-// ---- Print UI
-// -------------------------------------------------------------------------------------------------------------
+// ---- Print UI -------------------------------------------------------------------------------------------------------
 
 TEST_F(ToolPrinter, PrintUiInstallsAndRunsCommandLines) {
     const std::string machine = NewMachine("win2000").string();
@@ -202,8 +199,7 @@ TEST_F(ToolPrinter, PrintUiHasTexts) {
     EXPECT_THAT(none.errors, HasSubstr("the Print UI came with Windows 2000"));
 }
 
-// ---- network and shell
-// ----------------------------------------------------------------------------------------------------
+// ---- network and shell ----------------------------------------------------------------------------------------------
 
 TEST_F(ToolPrinter, NetworkIsBrowsed) {
     const std::string machine = NewMachine("xp").string();

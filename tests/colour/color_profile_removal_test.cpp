@@ -374,6 +374,14 @@ TEST_F(ProfileRemoval, GivesTheLastFileThatCanNotBeDeleted) {
     EXPECT_FALSE(Machine().Files().Exists(Path("three.icc"))) << "the third name was still tried";
 }
 
+TEST_F(ProfileRemoval, LastFailureCountsAlsoWithoutACode) {
+    faults::FailCall("UninstallColorProfileA", 1, 2011, true);
+    faults::FailCall("DeleteFileA", 1, 5);
+    faults::FailCall("DeleteFileA", 2, 0);
+    EXPECT_EQ(Remove({"C:\\a.icc", "C:\\b.icc"}), 0u);
+    EXPECT_EQ(TakeCallsOf(Test(), {"DeleteFileA"}).size(), 2u);
+}
+
 TEST_F(ProfileRemoval, LeavesAFileThatSomebodyHolds) {
     const simulated::Files::Held held = Machine().Files().HoldOpen(Path("three.icc"));
     EXPECT_EQ(Remove({Path("three.icc")}), DWORD{ERROR_SHARING_VIOLATION});

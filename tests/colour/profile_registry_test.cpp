@@ -45,6 +45,14 @@ class ProfileRegistryTest : public MachineTest {
         profile.PutDescription(304, "Nordlicht").PutDescription(400, "Aurora 500");
         WriteFileOn(Machine(), path, profile.Bytes());
     }
+    /// Gives the first names of a key to another profile.
+    void TakeNames(const std::string& key, int count) {
+        for (int i = 0; i < count; ++i) {
+            char name[20];
+            std::snprintf(name, sizeof name, "Profile%02d", i);
+            Machine().Registry().SetText(key, name, "C:\\other.icc");
+        }
+    }
     std::string Text(const std::string& key, const std::string& name) {
         return Machine().Registry().Text(key, name, "?");
     }
@@ -111,13 +119,16 @@ TEST_F(MonitorProfile, TakesTheFirstFreeNumber) {
     EXPECT_EQ(Text(kModelKey, "Profile01"), m_path);
 }
 
+TEST_F(MonitorProfile, TakesTheLastNumberBeside99Others) {
+    PutProfile(m_path, "mntr");
+    TakeNames(kModelKey, 99);
+    WIToolRegistMntrProfileKey(m_path);
+    EXPECT_EQ(Text(kModelKey, "Profile99"), m_path);
+}
+
 TEST_F(MonitorProfile, IsNotEnteredBeside100Others) {
     PutProfile(m_path, "mntr");
-    for (int i = 0; i < 100; ++i) {
-        char name[16];
-        std::snprintf(name, sizeof name, "Profile%02d", i);
-        Machine().Registry().SetText(kModelKey, name, "C:\\other.icc");
-    }
+    TakeNames(kModelKey, 100);
     Test().TurnLogOn();
     WIToolRegistMntrProfileKey(m_path);
     EXPECT_EQ(Machine().Registry().Values(kModelKey).size(), 101u) << "the 100 and ModelTag";
@@ -317,11 +328,7 @@ TEST_F(PrinterProfile, IsEnteredOnceHoweverOftenItIsRegistered) {
 
 TEST_F(PrinterProfile, HasNoLimitOfNumbers) {
     PutProfile(m_path, "prtr");
-    for (int i = 0; i < 100; ++i) {
-        char name[16];
-        std::snprintf(name, sizeof name, "Profile%02d", i);
-        Machine().Registry().SetText(m_qualityKey, name, "C:\\other.icc");
-    }
+    TakeNames(m_qualityKey, 100);
     Register(m_path);
     EXPECT_EQ(Text(m_qualityKey, "Profile100"), m_path);
     // A name of three digits isn't recognised as a profile's.
@@ -365,6 +372,15 @@ TEST_F(PrinterProfile, FailuresOfTheRegistryAreLoggedAndTheKeysClosed) {
                                                   "WIToolReadProfileData(kind:prtr)", c.line));
         EXPECT_EQ(Test().TakeCallNames({"RegCloseKey"}).size(), c.closes);
     }
+}
+
+TEST_F(PrinterProfile, LogsAtDetailLevelAlone) {
+    PutProfile(m_path, "prtr");
+    Test().TurnLogOn(1);
+    Register(m_path);
+    faults::FailCall("RegCreateKeyExA", 1, 5);
+    WIToolRegistPrtrProfileKey(m_path);
+    EXPECT_THAT(Test().TakeLog(), IsEmpty());
 }
 
 // ---- IsProfileRegistered --------------------------------------------------------------------------------------------

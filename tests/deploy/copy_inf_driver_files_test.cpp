@@ -62,8 +62,9 @@ class CopyTest : public MachineTest {
         const bool is9x = Machine().Is9x();
         return CopyFor(is9x ? 1 : 3, model);
     }
-    DWORD CopyFor(DWORD architecture, LPCSTR model = "Aurora 500", LPCSTR path = kAuroraPath) {
-        return PI_CopyInfDriverFiles(path, model, &CountNotifications, architecture, 5, 1, kOwner, kProgress);
+    DWORD CopyFor(DWORD architecture, LPCSTR model = "Aurora 500", LPCSTR path = kAuroraPath,
+                  PSP_FILE_CALLBACK_A callback = &CountNotifications) {
+        return PI_CopyInfDriverFiles(path, model, callback, architecture, 5, 1, kOwner, kProgress);
     }
     bool Exists(const std::string& path) { return Machine().Files().Exists(path); }
     std::string InSystem(const std::string& name) { return Machine().System().systemDirectory + "\\" + name; }
@@ -148,7 +149,6 @@ TEST_F(CopyInf, HandsCallbackAndContextToTheQueueAndToTheMonitorsFile) {
     };
     static Given queue, file;
     static PlatformTable before;
-    queue = file = {};
     before = Platform();
     ReplacedOperations replaced;
     replaced.table.SetupCommitFileQueueA = [](HWND owner, HSPFILEQ handle, PSP_FILE_CALLBACK_A callback,
@@ -161,15 +161,19 @@ TEST_F(CopyInf, HandsCallbackAndContextToTheQueueAndToTheMonitorsFile) {
         file = {callback, context};
         return TRUE;
     };
-    EXPECT_EQ(Copy(), 0u);
-    EXPECT_EQ(queue.callback, &CountNotifications);
-    EXPECT_EQ(file.callback, &CountNotifications);
-    EXPECT_NE(queue.context, nullptr);
-    EXPECT_EQ(queue.context, file.context);
+    for (PSP_FILE_CALLBACK_A callback : {&CountNotifications, static_cast<PSP_FILE_CALLBACK_A>(nullptr)}) {
+        queue = file = {};
+        EXPECT_EQ(CopyFor(3, "Aurora 500", kAuroraPath, callback), 0u);
+        EXPECT_EQ(queue.callback, callback != nullptr ? callback : replaced.table.SetupDefaultQueueCallbackA)
+            << "the queue needs some callback";
+        EXPECT_EQ(file.callback, callback);
+        EXPECT_NE(queue.context, nullptr);
+        EXPECT_EQ(queue.context, file.context);
+    }
 }
 
 TEST_F(CopyInf, WithoutACallbackUsesTheSystemsOwn) {
-    EXPECT_EQ(PI_CopyInfDriverFiles(kAuroraPath, "Aurora 500", nullptr, 3, 5, 1, nullptr, nullptr), 0u);
+    EXPECT_EQ(CopyFor(3, "Aurora 500", kAuroraPath, nullptr), 0u);
     EXPECT_TRUE(Exists(InDrivers("W32X86\\NLAURORA.DLL")));
     EXPECT_TRUE(Exists(InSystem("NLMON.DLL")));
 }
@@ -276,6 +280,13 @@ TEST_F(CopyInf, InfThatCannotBeOpenedGivesItsCodeAndNothingElseIsDone) {
                 ElementsAre("PI_CopyInfDriverFiles Start", "InfHelper::CInfPrinter::CopyInfDriverFiles() - Start",
                             "InfHelper::CInfPrinter::CopyInfDriverFiles() - End(2)", "PI_CopyInfDriverFiles End(2)"));
     EXPECT_THAT(Test().TakeCallNames(kSteps), ElementsAre("SetupOpenInfFileA"));
+}
+
+TEST_F(CopyInf, NullHandleOfTheInfIsRefused) {
+    ReplacedOperations replaced;
+    replaced.table.SetupOpenInfFileA = [](PCSTR, PCSTR, DWORD, PUINT) -> HINF { return nullptr; };
+    EXPECT_EQ(Copy(), DWORD{ERROR_INVALID_PARAMETER});
+    EXPECT_THAT(Test().TakeCallNames(kSteps), IsEmpty());
 }
 
 TEST_F(CopyInf, SectionsThatCannotBeReadGiveTheirCode) {

@@ -42,12 +42,9 @@ class InfQueries : public MachineTest {
 TEST_F(InfQueries, MainFileHasItsNameOrThatOfTheMedium) {
     EXPECT_EQ(NameOf("Aurora 500", true), "NLAURORA.DLL");
     EXPECT_EQ(NameOf("Aurora 500", false), "NLAURORA.DLL") << "the medium has it under the same name";
-    std::string inf = kAuroraInf;
-    inf.replace(inf.find("NLAURORA.DLL\nA500.GPD"), 12, "nlaurora.dll,NLAUR_RT.DLL");
-    WriteFileOn(Machine(), kAuroraPath, inf);
+    ChangeAuroraInf(Machine(), "NLAURORA.DLL\nA500.GPD", "nlaurora.dll,NLAUR_RT.DLL\nA500.GPD");
     EXPECT_EQ(NameOf("Aurora 500", false), "NLAUR_RT.DLL");
-    inf.replace(inf.find("nlaurora.dll,NLAUR_RT.DLL"), 25, "OTHER.DLL");
-    WriteFileOn(Machine(), kAuroraPath, inf);
+    ChangeAuroraInf(Machine(), "NLAURORA.DLL\nA500.GPD", "OTHER.DLL\nA500.GPD");
     EXPECT_EQ(NameOf("Aurora 500", false), "") << "no copy section names it";
 }
 
@@ -84,17 +81,23 @@ TEST_F(InfQueries, FilesAreListedByKindUnderTheirSourceNames) {
                             "6 NLA500A.ICC", "6 NLDISP.ICC", "6 NLRES_EN.DLL"));
 }
 
+TEST_F(InfQueries, KindGoesByTheDestinationNameInAnyCase) {
+    ChangeAuroraInf(Machine(), "NLAURORA.DLL\nA500.GPD\nNLAURUI.DLL",
+                    "nlaurora.dll,NLAUR_RT.DLL\na500.gpd,A500_RT.GPD\nNLAURUI.DLL,A500.GPD");
+    const std::vector<std::string> files = Enumerate("Aurora 500");
+    ASSERT_GE(files.size(), 3u);
+    EXPECT_EQ(files[0], "1 NLAUR_RT.DLL");
+    EXPECT_EQ(files[1], "3 A500_RT.GPD");
+    EXPECT_EQ(files[2], "6 A500.GPD") << "the source's name says nothing";
+}
+
 TEST_F(InfQueries, CatalogIsAFileLikeAnyOther) {
-    std::string inf = kAuroraInf;
-    inf.replace(inf.find("Class=Printer"), 13, "Class=Printer\nCatalogFile=aurora.cat");
-    WriteFileOn(Machine(), kAuroraPath, inf);
+    ChangeAuroraInf(Machine(), "Class=Printer", "Class=Printer\nCatalogFile=aurora.cat");
     EXPECT_THAT(Enumerate("Aurora Plain"), ElementsAre("6 NLPLAIN.DLL", "6 aurora.cat"));
 }
 
 TEST_F(InfQueries, ModelWithoutFilesIsAFailure) {
-    std::string inf = kAuroraInf;
-    inf.replace(inf.find("CopyFiles=PLAIN.Files"), 21, "CopyFiles=");
-    WriteFileOn(Machine(), kAuroraPath, inf);
+    ChangeAuroraInf(Machine(), "CopyFiles=PLAIN.Files", "CopyFiles=");
     DriverFileRecord* records = reinterpret_cast<DriverFileRecord*>(1);
     DWORD count = 9;
     EXPECT_EQ(Table().PI_KEL_EnumDriverFiles(kAuroraPath, "Aurora Plain", 3, 5, 1, &records, &count), 0x90010008u);
@@ -102,7 +105,33 @@ TEST_F(InfQueries, ModelWithoutFilesIsAFailure) {
     EXPECT_EQ(count, 0u);
 }
 
-TEST_F(InfQueries, ListNeedsItsArgumentsAndMemory) {
+TEST_F(InfQueries, ListNeedsMemory) {
+    const std::size_t before = Machine().Heap().AllocationCount();
+    Enumerate("Aurora 500");
+    const std::size_t count = Machine().Heap().AllocationCount() - before;
+    DriverFileRecord* records = reinterpret_cast<DriverFileRecord*>(1);
+    DWORD files = 9;
+    Machine().Heap().FailAllocation(count - 1, false);  // the last one is the list's own
+    EXPECT_EQ(DoEnumDriverFiles(kAuroraPath, "Aurora 500", 3, 5, 1, &records, &files), DWORD{ERROR_NOT_ENOUGH_MEMORY});
+    Machine().Heap().StopFailing();
+    EXPECT_EQ(records, nullptr);
+    EXPECT_EQ(files, 0u);
+}
+
+TEST_F(InfQueries, PlainLogHasTheFramesOfTheSlotsAlone) {
+    DriverFileRecord* records = nullptr;
+    DWORD size = 0;
+    Test().TurnLogOn(1);
+    Table().PI_KEL_GetDriverFileNameFromInf(kAuroraPath, nullptr, 3, 5, 1, 1, nullptr, &size);
+    Table().PI_KEL_EnumDriverFiles("C:\\none.inf", "x", 3, 5, 1, &records, &size);
+    Table().PI_KEL_ControlRegistory(nullptr, "x", 3, 5, 1);
+    EXPECT_THAT(Test().TakeLog(),
+                ElementsAre("PI_KEL_GetDriverFileNameFromInf Start", "PI_KEL_GetDriverFileNameFromInf End:(0x90120057)",
+                            "", "PI_KEL_EnumDriverFiles Start", "PI_KEL_EnumDriverFiles End:(0x90010002)", "",
+                            "PI_KEL_ControlRegistory Start", "PI_KEL_ControlRegistory End:(0x90010057)", ""));
+}
+
+TEST_F(InfQueries, ListNeedsItsArguments) {
     DriverFileRecord* records = nullptr;
     DWORD count = 0;
     Test().TurnLogOn();
@@ -134,6 +163,12 @@ TEST_F(InfQueries, RegistryPartIsAppliedAlone) {
 TEST_F(InfQueries, RegistryPartOfAMissingInfSucceeds) {
     EXPECT_EQ(DoControlRegistory("C:\\none.inf", "Aurora 500", 3, 5, 1), 0u);
     EXPECT_EQ(DoControlRegistory("C:\\none.inf", nullptr, 3, 5, 1), 0u);
+}
+
+TEST_F(InfQueries, RegistryPartOfANullHandleIsRefused) {
+    ReplacedOperations replaced;
+    replaced.table.SetupOpenInfFileA = [](PCSTR, PCSTR, DWORD, PUINT) -> HINF { return nullptr; };
+    EXPECT_EQ(DoControlRegistory(kAuroraPath, "Aurora 500", 3, 5, 1), DWORD{ERROR_INVALID_PARAMETER});
 }
 
 TEST_F(InfQueries, RegistryPartNeedsItsArguments) {

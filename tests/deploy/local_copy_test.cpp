@@ -46,9 +46,7 @@ class LocalCopyTest : public MachineTest {
     /// Gives the plain model a file whose name has a length.
     void Begin(std::size_t length) {
         const std::string name(length, 'n');
-        std::string inf = kAuroraInf;
-        inf.replace(inf.find("[PLAIN.Files]\nNLPLAIN.DLL"), 25, "[PLAIN.Files]\n" + name);
-        WriteFileOn(Machine(), kAuroraPath, inf);
+        ChangeAuroraInf(Machine(), "[PLAIN.Files]\nNLPLAIN.DLL", "[PLAIN.Files]\n" + name);
         if (length < 250) {
             WriteFileOn(Machine(), "C:\\Package\\" + name, "x");
         }
@@ -104,9 +102,7 @@ TEST_F(LocalCopy, ModeTellsHowRenamedFilesEnter) {
 }
 
 TEST_F(LocalCopy, CatalogHasNoDirectory) {
-    std::string inf = kAuroraInf;
-    inf.replace(inf.find("Class=Printer"), 13, "Class=Printer\nCatalogFile=aurora.cat");
-    WriteFileOn(Machine(), kAuroraPath, inf);
+    ChangeAuroraInf(Machine(), "Class=Printer", "Class=Printer\nCatalogFile=aurora.cat");
     WriteFileOn(Machine(), "C:\\Package\\aurora.cat", "catalog");
     EXPECT_EQ(Copy("Aurora Plain"), 0u);
     EXPECT_THAT(Records(), ElementsAre(std::string(kDrivers) + "|NLPLAIN.DLL", "|aurora.cat"));
@@ -142,20 +138,54 @@ TEST_F(LocalCopy, UnreadableInfTouchesNothing) {
 }
 
 TEST_F(LocalCopy, WithoutMemoryTheFilesAreCopiedAllTheSame) {
-    const DWORD before = m_count;
-    Machine().Heap().FailAllocation(0, false);
-    // The first block is one of the INF's reads; so fail every later one in turn until the records' own is met.
-    Machine().Heap().StopFailing();
+    static PlatformTable before;
+    before = Platform();
     ReplacedOperations replaced;
+    // The block of the one record alone is refused: the INF's reads need theirs.
     replaced.table.HeapAlloc = [](HANDLE heap, DWORD flags, SIZE_T size) -> LPVOID {
-        return size % sizeof(LocalFileRecord) == 0
-                   ? nullptr
-                   : simulated::Current().Heap().Allocate(simulated::BlockKind::Heap,
-                                                          size + 0 * flags + 0 * reinterpret_cast<UINT_PTR>(heap));
+        return size == sizeof(LocalFileRecord) ? nullptr : before.HeapAlloc(heap, flags, size);
     };
     EXPECT_EQ(Copy("Aurora Plain"), 0u);
     EXPECT_EQ(m_count, 0u);
-    EXPECT_NE(m_count, before);
+    EXPECT_EQ(m_records, nullptr);
+    EXPECT_EQ(m_size, 11u);
+    EXPECT_TRUE(Machine().Files().Exists("C:\\local\\NLPLAIN.DLL"));
+}
+
+TEST_F(LocalCopy, FailureWithoutACodeLeavesTheFileOutAndTheWalkGoesOn) {
+    static PlatformTable before;
+    before = Platform();
+    ReplacedOperations replaced;
+    replaced.table.SetupGetFileCompressionInfoA = [](PCSTR source, PSTR* name, PDWORD sourceSize, PDWORD targetSize,
+                                                     PUINT type) -> DWORD {
+        if (std::string_view(source).ends_with("A500.GPD")) {
+            Platform().SetLastError(0);
+            return ERROR_ACCESS_DENIED;
+        }
+        return before.SetupGetFileCompressionInfoA(source, name, sourceSize, targetSize, type);
+    };
+    replaced.table.SetupDecompressOrCopyFileA = [](PCSTR source, PCSTR target, PUINT type) -> DWORD {
+        if (std::string_view(source).ends_with("NLAURUI.DLL")) {
+            Platform().SetLastError(0);
+            return ERROR_ACCESS_DENIED;
+        }
+        return before.SetupDecompressOrCopyFileA(source, target, type);
+    };
+    EXPECT_EQ(Copy(), 0u);
+    const std::string drivers = kDrivers;
+    EXPECT_THAT(Records(), ElementsAre(drivers + "|NLAURORA.DLL", drivers + "|NLAURORA.HLP", drivers + "|NLLOCAL.DLL",
+                                       ::testing::HasSubstr("color|NLA500A.ICC"), drivers + "\\0\\Color|NLDISP.ICC",
+                                       drivers + "|NLRES_EN.DLL"));
+    EXPECT_EQ(m_size, 12u + 12 + 12 + 11 + 10 + 12);
+}
+
+TEST_F(LocalCopy, UnknownArchitectureMeansTheDirectoriesOfTheRunningSystem) {
+    EXPECT_EQ(DoCopyInfDriverFilesToLocal(kAuroraPath, "Aurora Plain", "C:\\local", &m_size, 2, &m_count, &m_records, 9,
+                                          3, 5, 1),
+              0u);
+    EXPECT_THAT(Records(), ElementsAre(std::string(kDrivers) + "|NLPLAIN.DLL"));
+    EXPECT_THAT(TakeCallsOf(Test(), {"GetPrinterDriverDirectoryA"}),
+                ElementsAre(::testing::StartsWith("GetPrinterDriverDirectoryA(null, null, ")));
     EXPECT_TRUE(Machine().Files().Exists("C:\\local\\NLPLAIN.DLL"));
 }
 
@@ -235,6 +265,38 @@ TEST_F(CopySize, OfRepeatedModelsCountsOnceInEachSum) {
     EXPECT_EQ(Ask(kPlain + kPlain + kPlain), 0u);
     EXPECT_EQ(m_total, kSizeOfPlain);
     EXPECT_EQ(m_shared, 2 * kSizeOfPlain);
+}
+
+TEST_F(CopySize, FileOfTwoModelsIsShared) {
+    ChangeAuroraInf(Machine(), "[PLAIN.Files]\n", "[PLAIN.Files]\nNLAURORA.DLL\n");
+    EXPECT_EQ(Ask(k500 + kPlain), 0u);
+    EXPECT_EQ(m_total, kSizeOf500 + kSizeOfPlain);
+    EXPECT_EQ(m_shared, 12u);
+}
+
+TEST_F(CopySize, NamesThatDifferInCaseAreTwoFiles) {
+    ChangeAuroraInf(Machine(), "[PLAIN.Files]\n", "[PLAIN.Files]\nnlaurora.dll\n");
+    EXPECT_EQ(Ask(k500 + kPlain), 0u);
+    EXPECT_EQ(m_total, kSizeOf500 + kSizeOfPlain + 12);
+    EXPECT_EQ(m_shared, 0u);
+}
+
+TEST_F(CopySize, RenamedFileCountsUnderEachNameOfTheMode) {
+    const std::pair<DWORD, DWORD> cases[] = {
+        {0, kSizeOf500 - 12}, {1, kSizeOf500}, {2, kSizeOf500}, {3, kSizeOf500 + 12}};
+    for (const auto& [mode, size] : cases) {
+        EXPECT_EQ(Ask(k500, mode), 0u);
+        EXPECT_EQ(m_total, size) << mode;
+        EXPECT_EQ(m_shared, 0u) << mode;
+    }
+}
+
+TEST_F(CopySize, CompressedFileCountsExpanded) {
+    Machine().Files().Delete("C:\\Package\\NLPLAIN.DLL");
+    WriteFileOn(Machine(), "C:\\Package\\NLPLAIN.DL_", MakeCabinet({{"nlplain.dll", std::string(5000, 'p')}}));
+    EXPECT_EQ(Ask(kPlain + kPlain), 0u);
+    EXPECT_EQ(m_total, 5000u);
+    EXPECT_EQ(m_shared, 5000u);
 }
 
 TEST_F(CopySize, ModelThatFailsInTheMiddleRepeatsTheOneBeforeIt) {

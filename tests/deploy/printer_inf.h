@@ -164,4 +164,12 @@ inline void PutAuroraPackage(simulated::Machine& machine) {
     }
 }
 
+/// Puts the INF of Windows 2000 and later with one text of it replaced.
+inline void ChangeAuroraInf(simulated::Machine& machine, std::string_view text, std::string_view by) {
+    std::string inf = kAuroraInf;
+    const std::size_t place = inf.find(text);
+    ASSERT_NE(place, std::string::npos) << text;
+    WriteFileOn(machine, kAuroraPath, inf.replace(place, text.size(), by));
+}
+
 }  // namespace pikel::testing_support

@@ -12,9 +12,13 @@ namespace {
 
 using namespace testing_support;
 using ::testing::Contains;
+using ::testing::Each;
 using ::testing::ElementsAre;
+using ::testing::HasSubstr;
 using ::testing::IsEmpty;
 using ::testing::Not;
+using ::testing::SizeIs;
+using ::testing::StartsWith;
 
 constexpr char kStaging[] = "C:\\staging";
 
@@ -36,6 +40,12 @@ class StagedCopyTest : public MachineTest {
     }
     void PutInstalled(const std::string& name, const std::string& version) {
         WriteFileOn(Machine(), Drivers() + "3\\" + name, MakePeFile(version));
+    }
+    /// Puts an installed NLPLAIN.DLL that is older than the package's and holds it open.
+    simulated::Files::Held HoldOlderInstalled() {
+        PutSource("NLPLAIN.DLL", "2.0");
+        PutInstalled("NLPLAIN.DLL", "1.0");
+        return Machine().Files().HoldOpen(Drivers() + "3\\NLPLAIN.DLL", FILE_SHARE_READ);
     }
     bool IsOf(const std::string& path, const std::string& version) {
         return Machine().Files().Read(path) == MakePeFile(version);
@@ -65,11 +75,9 @@ TEST_F(StagedCopy, PlacesFreeFilesAtOnceAndEmptiesItsFolder) {
 }
 
 TEST_F(StagedCopy, LockedOlderFileIsReplacedAtTheNextStart) {
-    PutSource("NLPLAIN.DLL", "2.0");
-    PutInstalled("NLPLAIN.DLL", "1.0");
     Test().TurnLogOn();
     {
-        const auto held = Machine().Files().HoldOpen(Drivers() + "3\\NLPLAIN.DLL", FILE_SHARE_READ);
+        const auto held = HoldOlderInstalled();
         EXPECT_EQ(Copy(), 0u);
     }
     EXPECT_EQ(m_restart, 1u);
@@ -94,6 +102,22 @@ TEST_F(StagedCopy, LockedFileThatIsAsNewNeedsNoRestart) {
         EXPECT_EQ(m_restart, 0u);
         EXPECT_THAT(Test().TakeLog(), Contains("[(un)lock] " + Drivers() + "3\\NLPLAIN.DLL"));
     }
+}
+
+TEST_F(StagedCopy, CopyOverALockedFileThatIsAsNewFailsSilently) {
+    Begin("win98");
+    const std::string installed = "C:\\WINDOWS\\SYSTEM\\NLPLAIN.DRV";
+    WriteFileOn(Machine(), std::string(kPackageFolder) + "\\NLPLAIN.DRV", MakePeFile("2.0") + "other");
+    WriteFileOn(Machine(), installed, MakePeFile("2.0"));
+    const auto held = Machine().Files().HoldOpen(installed, FILE_SHARE_READ);
+    Test().TurnLogOn();
+    EXPECT_EQ(Table().PI_KEL_CopyInfDriverFilesEx(kAuroraPath, "Aurora Plain", 2, &m_restart, kStaging, 1, 4, 0), 0u);
+    EXPECT_EQ(m_restart, 0u);
+    const std::vector<std::string> log = Test().TakeLog();
+    EXPECT_THAT(log, Contains("[(un)lock] " + installed));
+    EXPECT_THAT(log, Contains("::CopyFile( C:\\staging\\NLPLAIN.DRV, " + installed + ", FALSE );"));
+    EXPECT_THAT(TakeCallsOf(Test(), {"CopyFileA"}).back(), HasSubstr("failed, last error 32"));
+    EXPECT_TRUE(IsOf(installed, "2.0"));
 }
 
 TEST_F(StagedCopy, NewerInstalledFileIsTheOneThatIsPlaced) {
@@ -134,13 +158,11 @@ TEST_F(StagedCopy, ModeTellsHowRenamedFilesEnter) {
 }
 
 TEST_F(StagedCopy, CatalogIsStagedAndNeverPlaced) {
-    std::string inf = kAuroraInf;
-    inf.replace(inf.find("Class=Printer"), 13, "Class=Printer\nCatalogFile=aurora.cat");
-    WriteFileOn(Machine(), kAuroraPath, inf);
+    ChangeAuroraInf(Machine(), "Class=Printer", "Class=Printer\nCatalogFile=aurora.cat");
     WriteFileOn(Machine(), "C:\\Package\\aurora.cat", "catalog");
     ForgetCalls(Test());
     EXPECT_EQ(Copy(), 0u);
-    EXPECT_THAT(TakeCallsOf(Test(), {"SetupDecompressOrCopyFileA"}), Contains(::testing::HasSubstr("aurora.cat")));
+    EXPECT_THAT(TakeCallsOf(Test(), {"SetupDecompressOrCopyFileA"}), Contains(HasSubstr("aurora.cat")));
     EXPECT_FALSE(Machine().Files().Exists(Drivers() + "aurora.cat"));
     EXPECT_THAT(Staged(), IsEmpty());
 }
@@ -177,18 +199,113 @@ TEST_F(StagedCopy, ArgumentsAreRequired) {
     EXPECT_EQ(Table().PI_KEL_CopyInfDriverFilesEx(kAuroraPath, "x", 2, &m_restart, nullptr, 3, 5, 1), 0x901b0057u);
     EXPECT_EQ(Table().PI_KEL_CopyInfDriverFilesEx(nullptr, "x", 2, &m_restart, kStaging, 3, 5, 1), 0x901b0057u);
     EXPECT_EQ(Table().PI_KEL_CopyInfDriverFilesEx("C:\\none.inf", "x", 2, &m_restart, kStaging, 3, 5, 1), 0x901b0002u);
+    Test().TurnLogOn();
+    EXPECT_EQ(DoCopyInfDriverFilesEx(nullptr, "x", 2, &m_restart, kStaging, 3, 3, 5, 1), 87u);
+    EXPECT_EQ(DoCopyInfDriverFilesEx(kAuroraPath, nullptr, 2, &m_restart, kStaging, 3, 3, 5, 1), 87u);
+    EXPECT_EQ(DoCopyInfDriverFilesEx(kAuroraPath, "x", 4, &m_restart, kStaging, 3, 3, 5, 1), 87u);
+    EXPECT_EQ(DoCopyInfDriverFilesEx(kAuroraPath, "x", 2, nullptr, kStaging, 3, 3, 5, 1), 87u);
+    EXPECT_EQ(DoCopyInfDriverFilesEx(kAuroraPath, "x", 2, &m_restart, nullptr, 3, 3, 5, 1), 87u);
+    const std::vector<std::string> log = Test().TakeLog();
+    EXPECT_THAT(log, SizeIs(5));
+    EXPECT_THAT(log, Each("DoCopyInfDriverFilesEx Start")) << "without an end line";
     EXPECT_FALSE(Machine().Files().Exists(kStaging));
 }
 
 TEST_F(StagedCopy, ReplacementThatCanNotBeArrangedIsTheResult) {
-    PutSource("NLPLAIN.DLL", "2.0");
-    PutInstalled("NLPLAIN.DLL", "1.0");
-    const auto held = Machine().Files().HoldOpen(Drivers() + "3\\NLPLAIN.DLL", FILE_SHARE_READ);
+    const auto held = HoldOlderInstalled();
     faults::FailCall("SetupInstallFileExA", 1, 4242);
     Test().TurnLogOn();
     EXPECT_EQ(Copy(), 0x901b0000u | 4242u);
     EXPECT_THAT(Test().TakeLog(), Contains("SetupInstallFileEx Error:4242"));
     EXPECT_EQ(m_restart, 1u);
+}
+
+TEST_F(StagedCopy, ReplacementThatFailsWithoutACodeIsNoFailure) {
+    const auto held = HoldOlderInstalled();
+    faults::FailCall("SetupInstallFileExA", 1, 0);
+    Test().TurnLogOn();
+    EXPECT_EQ(Copy(), 0u);
+    const std::vector<std::string> log = Test().TakeLog();
+    EXPECT_THAT(log, Contains(StartsWith("::SetupInstallFileEx( NLPLAIN.DLL, ")));
+    EXPECT_THAT(log, Not(Contains(StartsWith("SetupInstallFileEx Error"))));
+}
+
+TEST_F(StagedCopy, PlainLogTellsOfWhatIsPlacedAndOfNothingElse) {
+    const auto plainLines = [this] {
+        std::vector<std::string> lines;
+        for (std::string& line : Test().TakeLog()) {
+            if (line.find("nstallFileEx") != std::string::npos || line.find("CopyFile(") != std::string::npos ||
+                line.find("lock] ") != std::string::npos || line.starts_with("DoCopyInfDriverFilesEx")) {
+                lines.push_back(std::move(line));
+            }
+        }
+        return lines;
+    };
+    Test().TurnLogOn(1);
+    EXPECT_EQ(Copy(), 0u);
+    EXPECT_THAT(plainLines(),
+                ElementsAre("::CopyFile( C:\\staging\\NLPLAIN.DLL, " + Drivers() + "NLPLAIN.DLL, FALSE );"));
+    const auto held = HoldOlderInstalled();
+    faults::FailCall("SetupInstallFileExA", 1, 4242);
+    EXPECT_EQ(Copy(), 0x901b0000u | 4242u);
+    EXPECT_THAT(plainLines(),
+                ElementsAre("SetupInstallFileEx Error:4242",
+                            "::SetupInstallFileEx( NLPLAIN.DLL, C:\\staging\\, " + Drivers() + "NLPLAIN.DLL );"));
+}
+
+TEST_F(StagedCopy, FileThatIsStagedAlreadyIsPlacedAsItIs) {
+    const auto installed = HoldOlderInstalled();
+    WriteFileOn(Machine(), "C:\\staging\\NLPLAIN.DLL", "kept");
+    const auto staged = Machine().Files().HoldOpen("C:\\staging\\NLPLAIN.DLL", FILE_SHARE_READ);
+    Test().TurnLogOn();
+    EXPECT_EQ(Copy(), 0u);
+    EXPECT_EQ(m_restart, 0u);
+    EXPECT_THAT(Test().TakeLog(), Not(Contains(HasSubstr("lock] "))));
+    EXPECT_THAT(Test().TakeCallNames({"SetupDecompressOrCopyFileA"}), IsEmpty());
+    EXPECT_EQ(ReadFileOn(Machine(), Drivers() + "NLPLAIN.DLL"), "kept");
+}
+
+TEST_F(StagedCopy, FileThatIsStagedMeanwhileIsFree) {
+    const auto held = HoldOlderInstalled();
+    ReplacedOperations replaced;
+    replaced.table.SetupDecompressOrCopyFileA = [](PCSTR, PCSTR, PUINT) -> DWORD {
+        Platform().SetLastError(ERROR_FILE_EXISTS);
+        return ERROR_FILE_EXISTS;
+    };
+    Test().TurnLogOn();
+    EXPECT_EQ(Copy(), 0u);
+    EXPECT_EQ(m_restart, 0u);
+    const std::vector<std::string> log = Test().TakeLog();
+    EXPECT_THAT(log, Not(Contains(HasSubstr("lock] "))));
+    EXPECT_THAT(log, Contains(StartsWith("::CopyFile( C:\\staging\\NLPLAIN.DLL, ")));
+}
+
+TEST_F(StagedCopy, LockedFileWithNothingStagedForItIsLeftToTheNextStart) {
+    const auto held = HoldOlderInstalled();
+    Machine().Files().Delete(std::string(kPackageFolder) + "\\NLPLAIN.DLL");
+    Test().TurnLogOn();
+    EXPECT_EQ(Copy(), 0x901b0002u) << "there is nothing that could replace it";
+    EXPECT_EQ(m_restart, 1u);
+    const std::vector<std::string> log = Test().TakeLog();
+    EXPECT_THAT(log, Contains("[lock] " + Drivers() + "3\\NLPLAIN.DLL"));
+    EXPECT_THAT(log, Contains(StartsWith("::SetupInstallFileEx( NLPLAIN.DLL, ")));
+}
+
+TEST_F(StagedCopy, StagedFileLosesItsReadOnlyMarkAlone) {
+    static PlatformTable before;
+    before = Platform();
+    ReplacedOperations replaced;
+    replaced.table.GetFileAttributesA = [](LPCSTR path) -> DWORD {
+        return std::string_view(path) == "C:\\staging\\NLPLAIN.DLL"
+                   ? DWORD{FILE_ATTRIBUTE_READONLY | FILE_ATTRIBUTE_HIDDEN | FILE_ATTRIBUTE_ARCHIVE}
+                   : before.GetFileAttributesA(path);
+    };
+    EXPECT_EQ(Copy(), 0u);
+    const std::string call = "SetFileAttributesA(\"C:\\\\staging\\\\NLPLAIN.DLL\", 0x22) = 0x1";
+    EXPECT_THAT(TakeCallsOf(Test(), {"SetupDecompressOrCopyFileA", "SetFileAttributesA", "CopyFileA"}),
+                ElementsAre(StartsWith("CopyFileA("), StartsWith("SetupDecompressOrCopyFileA("), call,
+                            StartsWith("CopyFileA("), call))
+        << "once for the comparison, once for the deletion";
 }
 
 TEST_F(StagedCopy, ForeignDriverIsNeverLockedAndGoesToItsOwnFolder) {
@@ -224,8 +341,27 @@ TEST_F(StagedCopy, ArchitectureGivesTheVersionFolder) {
 }
 
 TEST_F(StagedCopy, UnknownArchitectureStagesNothing) {
+    Test().TurnLogOn();
     EXPECT_EQ(DoCopyInfDriverFilesEx(kAuroraPath, "Aurora Plain", 2, &m_restart, kStaging, 9, 3, 5, 1), 0u);
     EXPECT_FALSE(Machine().Files().Exists(Drivers() + "NLPLAIN.DLL"));
+    EXPECT_THAT(Test().TakeLog(), Not(Contains(StartsWith("::CopyFile("))));
+    EXPECT_THAT(Test().TakeCallNames({"CopyFileA", "SetupDecompressOrCopyFileA", "SetupInstallFileExA"}), IsEmpty());
+}
+
+TEST_F(StagedCopy, OnlyADriversOwnDirectoriesHaveAVersionFolder) {
+    ChangeAuroraInf(Machine(), "A500.Old=23", "A500.Old=11");
+    Test().TurnLogOn();
+    EXPECT_EQ(Copy("Aurora 500"), 0u);
+    const std::vector<std::string> log = Test().TakeLog();
+    EXPECT_THAT(log, Contains("[unlock] " + Drivers() + "3\\NLDISP.ICC")) << "of the system directory";
+    EXPECT_THAT(log, Contains("[unlock] " + Drivers() + "3\\NLAURORA.DLL")) << "of the driver directory";
+    EXPECT_THAT(log, Contains("[unlock] C:\\WINDOWS\\system32\\spool\\drivers\\color\\NLA500A.ICC"));
+}
+
+TEST_F(StagedCopy, FileOfAnUnknownDirectoryGoesToTheDriverDirectory) {
+    ChangeAuroraInf(Machine(), "A500.Old=23", "A500.Old=12345");
+    EXPECT_EQ(Copy("Aurora 500"), 0u);
+    EXPECT_EQ(ReadFileOn(Machine(), Drivers() + "NLDISP.ICC"), "NLDISP.ICC");
 }
 
 TEST_F(StagedCopy, NineXFilesLieWithoutAVersionFolder) {
@@ -236,13 +372,42 @@ TEST_F(StagedCopy, NineXFilesLieWithoutAVersionFolder) {
     EXPECT_EQ(ReadFileOn(Machine(), "C:\\WINDOWS\\SYSTEM\\NLPLAIN.DRV"), "NLPLAIN.DRV");
 }
 
-TEST_F(StagedCopy, MonitorOfNt4LandsTwice) {
-    Begin("nt4");
-    std::string inf = kAuroraInf;
-    inf.replace(inf.find("[PLAIN]\nCopyFiles=PLAIN.Files"), 29,
-                "[PLAIN]\nCopyFiles=PLAIN.Files\nLanguageMonitor=\"M,NLPLAIN.DLL\"");
-    WriteFileOn(Machine(), kAuroraPath, inf);
-    EXPECT_EQ(DoCopyInfDriverFilesEx(kAuroraPath, "Aurora Plain", 2, &m_restart, kStaging, 2, 3, 4, 0), 0u);
+class StagedMonitorOfNt4 : public StagedCopyTest {
+  protected:
+    StagedMonitorOfNt4() {
+        Begin("nt4");
+        ChangeAuroraInf(Machine(), "[PLAIN]\nCopyFiles=PLAIN.Files",
+                        "[PLAIN]\nCopyFiles=PLAIN.Files\nLanguageMonitor=\"M,NLPLAIN.DLL\"");
+        ForgetCalls(Test());
+    }
+    DWORD CopyFor(DWORD architecture) {
+        return DoCopyInfDriverFilesEx(kAuroraPath, "Aurora Plain", 2, &m_restart, kStaging, architecture, 3, 4, 0);
+    }
+};
+
+TEST_F(StagedMonitorOfNt4, IsHeldAgainstTheOneInTheSystemDirectory) {
+    const std::string installed = "C:\\WINNT\\system32\\NLPLAIN.DLL";
+    PutSource("NLPLAIN.DLL", "2.0");
+    WriteFileOn(Machine(), installed, MakePeFile("1.0"));
+    const auto held = Machine().Files().HoldOpen(installed, FILE_SHARE_READ);
+    Test().TurnLogOn();
+    EXPECT_EQ(CopyFor(2), 0u);
+    EXPECT_EQ(m_restart, 1u);
+    EXPECT_THAT(Test().TakeLog(), Contains("[lock] " + installed));
+    EXPECT_THAT(Test().TakeCallNames({"GetPrinterDriverDirectoryA"}), SizeIs(2))
+        << "the directory of its identifier is looked up for the test too";
+}
+
+TEST_F(StagedMonitorOfNt4, OfAnotherArchitectureStaysOutOfTheSystemDirectory) {
+    const std::string folder = "C:\\WINNT\\system32\\spool\\drivers\\WIN40";
+    Machine().Files().MakeFolders(folder);
+    EXPECT_EQ(CopyFor(1), 0u);
+    EXPECT_EQ(ReadFileOn(Machine(), folder + "\\NLPLAIN.DLL"), "NLPLAIN.DLL");
+    EXPECT_FALSE(Machine().Files().Exists("C:\\WINNT\\system32\\NLPLAIN.DLL"));
+}
+
+TEST_F(StagedMonitorOfNt4, LandsTwice) {
+    EXPECT_EQ(CopyFor(2), 0u);
     EXPECT_EQ(ReadFileOn(Machine(), "C:\\WINNT\\system32\\NLPLAIN.DLL"), "NLPLAIN.DLL");
     EXPECT_EQ(ReadFileOn(Machine(), "C:\\WINNT\\system32\\spool\\drivers\\W32X86\\NLPLAIN.DLL"), "NLPLAIN.DLL");
 }

@@ -9,6 +9,7 @@ namespace {
 using namespace testing_support;
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
+using ::testing::StartsWith;
 
 constexpr char kWininit[] = "C:\\WINDOWS\\wininit.ini";
 
@@ -41,7 +42,13 @@ TEST_F(DelayedReplace, NameThatDoesNotFitIsRefused) {
     std::string before = name;
     EXPECT_FALSE(ReplaceExtension((stem + "x.d").c_str(), ".new", name));
     EXPECT_EQ(name, before);
+    Test().TurnLogOn();
     EXPECT_EQ(RenameFileAndRegister9x((stem + "x.d").c_str(), "C:\\new\\mon.dll"), DWORD{ERROR_INTERNAL_ERROR});
+    EXPECT_THAT(
+        Test().TakeLog(),
+        ElementsAre("RenameFileAndRegister9x() ReplaceExtension() OldFileName is " + stem + "x.d",
+                    "ReplaceExtension Start", "ReplaceExtension OldFile=" + stem + "x.d", "ReplaceExtension Ext=.new",
+                    "ReplaceExtension End(FALSE)", "RenameFileAndRegister9x() 新しいファイル名の作成に失敗"));
     EXPECT_EQ(Wininit(), "(missing)");
 }
 
@@ -82,6 +89,36 @@ TEST_F(DelayedReplace, WaitsBesideTheOldFileUntilTheNextStart) {
     EXPECT_EQ(ReadFileOn(Machine(), "C:\\WINDOWS\\SYSTEM\\mon.dll"), "new");
     EXPECT_FALSE(Machine().Files().Exists("C:\\WINDOWS\\SYSTEM\\mon.new"));
     EXPECT_EQ(Wininit(), "(missing)");
+}
+
+TEST_F(DelayedReplace, OlderWaitingFileIsOverwritten) {
+    WriteFileOn(Machine(), "C:\\WINDOWS\\SYSTEM\\mon.new", "waiting");
+    EXPECT_EQ(RenameFileAndRegister9x("C:\\WINDOWS\\SYSTEM\\mon.dll", "C:\\new\\mon.dll"), 0u);
+    EXPECT_EQ(ReadFileOn(Machine(), "C:\\WINDOWS\\SYSTEM\\mon.new"), "new");
+}
+
+TEST_F(DelayedReplace, PlainLogHasNothingOfIt) {
+    Test().TurnLogOn(1);
+    EXPECT_FALSE(ReplaceExtension(nullptr, ".new", nullptr));
+    EXPECT_EQ(RenameFileAndRegister9x("C:\\WINDOWS\\SYSTEM\\mon.dll", "C:\\new\\mon.dll"), 0u);
+    EXPECT_EQ(RenameFileAndRegister9x("C:\\WINDOWS\\SYSTEM\\mon.dll", "C:\\new\\missing.dll"), 2u);
+    EXPECT_EQ(RenameFileAndRegister9x(("C:\\" + std::string(253, 'x')).c_str(), "C:\\new\\mon.dll"),
+              DWORD{ERROR_INTERNAL_ERROR});
+    faults::FailCall("WritePrivateProfileSectionA", 1, 6);
+    EXPECT_EQ(RenameFileAndRegister9x("C:\\WINDOWS\\SYSTEM\\mon2.dll", "C:\\new\\mon.dll"), 6u);
+    EXPECT_THAT(Test().TakeLog(), IsEmpty());
+}
+
+TEST_F(DelayedReplace, SectionIsReadInOneSpellingAndWrittenInTheOther) {
+    Test().TakeCalls();
+    EXPECT_EQ(WriteWininit("C:\\a.dll", "C:\\a.new"), 0u);
+    EXPECT_EQ(WriteWininit("C:\\b.dll", "C:\\b.new"), 0u);
+    const std::vector<std::string> calls =
+        TakeCallsOf(Test(), {"GetPrivateProfileSectionA", "WritePrivateProfileStringA", "WritePrivateProfileSectionA"});
+    EXPECT_THAT(calls, ElementsAre(StartsWith("GetPrivateProfileSectionA(\"RENAME\", &, 0x4000, \"wininit.ini\")"),
+                                   StartsWith("WritePrivateProfileStringA(\"RENAME\", "),
+                                   StartsWith("GetPrivateProfileSectionA(\"RENAME\", &, 0x4000, \"wininit.ini\")"),
+                                   StartsWith("WritePrivateProfileSectionA(\"rename\", ")));
 }
 
 TEST_F(DelayedReplace, LaterEntriesFollowTheOthers) {

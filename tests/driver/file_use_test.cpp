@@ -50,18 +50,19 @@ class FileUseTest : public MachineTest {
 class DriverFileUse : public FileUseTest {};
 
 TEST_F(DriverFileUse, IsToldByAnExclusiveOpen) {
-    AddDriver({"a.dll", "b.drv"});
+    AddDriver({"a.dll", "b.drv", "c.dll"});
     EXPECT_EQ(IsLoaded(), 0u);
     {
         const auto held = Hold("b.drv");
-        Test().TurnLogOn();
+        Test().TurnLogOn(1);
         const PI_KEL_Interface& table = *PI_KEL_GetInterface(PIKEL_INTERFACE_VERSION);
         EXPECT_EQ(table.PI_KEL_IsDriverFileLoaded("Aurora"), 1u);
         EXPECT_THAT(
             Test().TakeLog(),
             ElementsAre("PI_KEL_IsDriverFileLoaded Start", "GetMonitorFile() Start", "GetMonitorFile() End(0)",
                         "...File(C:\\WINDOWS\\SYSTEM\\a.dll) is not used",
-                        "...File(C:\\WINDOWS\\SYSTEM\\b.drv) is used", "PI_KEL_IsDriverFileLoaded End:(1)", ""));
+                        "...File(C:\\WINDOWS\\SYSTEM\\b.drv) is used",
+                        "...File(C:\\WINDOWS\\SYSTEM\\c.dll) is not used", "PI_KEL_IsDriverFileLoaded End:(1)", ""));
     }
     {
         const auto locked = Machine().Files().LockRange(Path("a.dll"));
@@ -90,6 +91,37 @@ TEST_F(DriverFileUse, DriverItselfIsNotLookedAt) {
     EXPECT_EQ(IsLoaded(), 0u);
 }
 
+TEST_F(DriverFileUse, MonitorsFileCountsWhereItsNameCannotBeRead) {
+    AddDriver({"aurmon.dll"});
+    const auto held = Hold("aurmon.dll");
+    EXPECT_EQ(IsLoaded(), 0u);
+    faults::FailCall("RegOpenKeyExA", 1, 5);
+    EXPECT_EQ(IsLoaded(), 1u);
+}
+
+TEST_F(DriverFileUse, DriverWithoutDependentFilesIsNotAskedForItsMonitor) {
+    static PlatformTable before;
+    static LPSTR dependents;
+    static char none[] = "";
+    AddDriver({"a.dll"});
+    before = Platform();
+    ReplacedOperations replaced;
+    replaced.table.EnumPrinterDriversA = [](LPSTR server, LPSTR environment, DWORD level, LPBYTE info, DWORD size,
+                                            LPDWORD needed, LPDWORD returned) -> BOOL {
+        const BOOL done = before.EnumPrinterDriversA(server, environment, level, info, size, needed, returned);
+        for (DWORD i = 0; done && i < *returned; ++i) {
+            reinterpret_cast<DRIVER_INFO_3A*>(info)[i].pDependentFiles = dependents;
+        }
+        return done;
+    };
+    Test().TurnLogOn();
+    for (LPSTR files : {static_cast<LPSTR>(nullptr), none}) {
+        dependents = files;
+        EXPECT_EQ(IsLoaded(), 0u);
+        EXPECT_THAT(Test().TakeLog(), IsEmpty());
+    }
+}
+
 TEST_F(DriverFileUse, UnknownDriverIsNotLoaded) {
     EXPECT_EQ(IsDriverFileLoaded("Nobody"), 0u);
     EXPECT_EQ(IsDriverFileLoaded(nullptr), 0u);
@@ -109,7 +141,7 @@ TEST_F(DriverFileUse, ReadOnlyFileIsMadeWritableAndStaysSo) {
 TEST_F(DriverFileUse, MissingFileIsLogged) {
     AddDriver({"a.dll"});
     Machine().Files().Delete(Path("a.dll"));
-    Test().TurnLogOn();
+    Test().TurnLogOn(1);
     EXPECT_EQ(IsLoaded(), 0u);
     EXPECT_THAT(Test().TakeLog(), Contains("*** CreateFile(C:\\WINDOWS\\SYSTEM\\a.dll): Error(2) ***"));
 }
@@ -139,6 +171,10 @@ TEST_F(FileUseTest, OneFileIsProbedWithoutTouchingIt) {
     EXPECT_THAT(Test().TakeLog(), ElementsAre("CheckUseMonitorFile File=C:\\a.dll", "CheckUseMonitorFile End(TRUE)"));
     EXPECT_EQ(CheckUseMonitorFile(nullptr), 0u);
     EXPECT_THAT(Test().TakeLog(), ElementsAre("CheckUseMonitorFile End(FALSE)"));
+    Test().TurnLogOn(1);
+    EXPECT_EQ(CheckUseMonitorFile("C:\\a.dll"), 0u);
+    EXPECT_EQ(CheckUseMonitorFile(nullptr), 0u);
+    EXPECT_THAT(Test().TakeLog(), IsEmpty());
     Machine().Files().SetAttributes("C:\\a.dll", FILE_ATTRIBUTE_READONLY);
     EXPECT_EQ(CheckUseMonitorFile("C:\\a.dll"), 0u);
     EXPECT_NE(Machine().Files().Attributes("C:\\a.dll") & FILE_ATTRIBUTE_READONLY, 0u);

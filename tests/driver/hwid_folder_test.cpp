@@ -39,6 +39,24 @@ class HardwareIdFolder : public MachineTest {
             << Platform().GetLastError();
         ForgetCalls(Test());
     }
+    /// Copies with the spooler's records changed on their way.
+    DWORD CopyWith(void (*change)(DRIVER_INFO_6A* records, DWORD count)) {
+        static PlatformTable before;
+        static void (*edit)(DRIVER_INFO_6A*, DWORD);
+        before = Platform();
+        edit = change;
+        ReplacedOperations replaced;
+        replaced.table.EnumPrinterDriversA = [](LPSTR server, LPSTR environment, DWORD level, LPBYTE info, DWORD size,
+                                                LPDWORD needed, LPDWORD returned) -> BOOL {
+            const BOOL done = before.EnumPrinterDriversA(server, environment, level, info, size, needed, returned);
+            if (done) {
+                edit(reinterpret_cast<DRIVER_INFO_6A*>(info), *returned);
+            }
+            return done;
+        };
+        return DoCopyDriverFileToHWIDFolder("Aurora");
+    }
+    bool IsMade(const std::string& folder) { return Machine().Files().Exists(std::string(kDrivers) + "\\" + folder); }
     std::vector<std::string> FilesIn(const std::string& folder) {
         std::vector<std::string> names;
         for (const simulated::FileEntry& entry : Machine().Files().List(std::string(kDrivers) + "\\" + folder)) {
@@ -54,7 +72,47 @@ TEST_F(HardwareIdFolder, BearsTheNameBehindTheBusWithUnderscores) {
     EXPECT_THAT(FilesIn("Northlight__A_1__B_C"),
                 ElementsAre("AURORA.DLL", "AURORA.GPD", "AURORA.HLP", "AURORAUI.DLL", "RES.DLL"));
     EXPECT_EQ(ReadFileOn(Machine(), std::string(kDrivers) + "\\Northlight__A_1__B_C\\AURORA.GPD"), "aurora.gpd");
-    EXPECT_EQ(DoCopyDriverFileToHWIDFolder("aurora"), 0u) << "the folder may be there";
+}
+
+TEST_F(HardwareIdFolder, ThatIsThereHasItsFilesOverwritten) {
+    AddDriver("Northlight");
+    EXPECT_EQ(DoCopyDriverFileToHWIDFolder("Aurora"), 0u);
+    WriteFileOn(Machine(), std::string(kDrivers) + "\\3\\aurora.gpd", "changed");
+    EXPECT_EQ(DoCopyDriverFileToHWIDFolder("Aurora"), 0u);
+    EXPECT_EQ(ReadFileOn(Machine(), std::string(kDrivers) + "\\Northlight\\AURORA.GPD"), "changed");
+}
+
+TEST_F(HardwareIdFolder, IsForDriversOfVersion3Alone) {
+    AddDriver("Northlight");
+    for (auto change : {+[](DRIVER_INFO_6A*records, DWORD) { records->cVersion = 2; },
+                        +[](DRIVER_INFO_6A*records, DWORD) { records->cVersion = 0x400; }}) {
+        EXPECT_EQ(CopyWith(change), 0u);
+        EXPECT_FALSE(IsMade("Northlight"));
+    }
+    EXPECT_EQ(CopyWith([](DRIVER_INFO_6A* records, DWORD count) {
+                  EXPECT_EQ(count, 1u);
+                  EXPECT_EQ(records->cVersion, 3u);
+              }),
+              0u);
+    EXPECT_TRUE(IsMade("Northlight"));
+}
+
+TEST_F(HardwareIdFolder, RecordWithoutAnIdEndsTheSearchForOne) {
+    AddDriver("Northlight");
+    AddDriver("Northlight", nullptr, "Borealis");
+    EXPECT_EQ(CopyWith([](DRIVER_INFO_6A* records, DWORD count) {
+                  ASSERT_EQ(count, 2u);
+                  records[0].pName = records[1].pName = const_cast<char*>("Aurora");
+                  records[0].pszHardwareID = nullptr;
+              }),
+              0u);
+    EXPECT_FALSE(IsMade("Northlight"));
+    EXPECT_EQ(CopyWith([](DRIVER_INFO_6A* records, DWORD) {
+                  records[0].pName = records[1].pName = const_cast<char*>("Aurora");
+                  records[0].pszHardwareID = const_cast<char*>("");
+              }),
+              0u);
+    EXPECT_TRUE(IsMade("Northlight")) << "an empty one doesn't";
 }
 
 TEST_F(HardwareIdFolder, TakesTheFourNamedFilesWithoutDependentOnes) {
@@ -87,7 +145,7 @@ TEST_F(HardwareIdFolder, IsTakenAwayAgainWhenTheDiskIsFull) {
     AddDriver("Northlight");
     faults::FailCall("CopyFileA", 3, ERROR_DISK_FULL);
     EXPECT_EQ(DoCopyDriverFileToHWIDFolder("Aurora"), DWORD{ERROR_DISK_FULL});
-    EXPECT_FALSE(Machine().Files().Exists(std::string(kDrivers) + "\\Northlight"));
+    EXPECT_FALSE(IsMade("Northlight"));
     faults::Reset();
     WriteFileOn(Machine(), std::string(kDrivers) + "\\Northlight\\other.txt", "mine");
     faults::FailCall("CopyFileA", 1, ERROR_DISK_FULL);
@@ -95,11 +153,20 @@ TEST_F(HardwareIdFolder, IsTakenAwayAgainWhenTheDiskIsFull) {
     EXPECT_THAT(FilesIn("Northlight"), ElementsAre("other.txt")) << "what else is there stays";
 }
 
+TEST_F(HardwareIdFolder, FullDiskTakesEarlierCopiesAwayToo) {
+    AddDriver("Northlight");
+    EXPECT_EQ(DoCopyDriverFileToHWIDFolder("Aurora"), 0u);
+    EXPECT_EQ(FilesIn("Northlight").size(), 4u);
+    faults::FailCall("CopyFileA", 2, ERROR_DISK_FULL);
+    EXPECT_EQ(DoCopyDriverFileToHWIDFolder("Aurora"), DWORD{ERROR_DISK_FULL});
+    EXPECT_FALSE(IsMade("Northlight"));
+}
+
 TEST_F(HardwareIdFolder, RealFullDiskLeavesNoHalfCopy) {
     AddDriver("Northlight");
     Machine().Files().SetFreeSpace(25);
     EXPECT_EQ(DoCopyDriverFileToHWIDFolder("Aurora"), DWORD{ERROR_DISK_FULL});
-    EXPECT_FALSE(Machine().Files().Exists(std::string(kDrivers) + "\\Northlight"));
+    EXPECT_FALSE(IsMade("Northlight"));
 }
 
 TEST_F(HardwareIdFolder, OtherFailuresOfACopyArePassedOver) {
@@ -111,7 +178,7 @@ TEST_F(HardwareIdFolder, OtherFailuresOfACopyArePassedOver) {
 
 TEST_F(HardwareIdFolder, SlotLogsItsFrame) {
     const PI_KEL_Interface& table = *PI_KEL_GetInterface(PIKEL_INTERFACE_VERSION);
-    Test().TurnLogOn();
+    Test().TurnLogOn(1);
     EXPECT_EQ(table.PI_KEL_CopyDriverFileToHWIDFolder("Aurora"), 0u);
     EXPECT_THAT(
         Test().TakeLog(),

@@ -17,6 +17,7 @@ using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 using ::testing::IsEmpty;
 using ::testing::Not;
+using ::testing::StartsWith;
 
 constexpr char kSource[] = "C:\\new";
 
@@ -34,6 +35,24 @@ class MonitorFileTest : public MachineTest {
         return Machine().Files().Read(Target(name)) == MakePeFile(version);
     }
     DWORD Copy(const char* list) { return DoCopyMointorFile(kSource, list, &m_reboot); }
+    /// Puts a.dll, which the system lacks, b.dll, which it has newer, and c.dll, which it has older.
+    void PutOneOfEach() {
+        PutSource("a.dll", "1.0");
+        PutSource("b.dll", "1.0");
+        PutTarget("b.dll", "1.1");
+        PutSource("c.dll", "2.0");
+        PutTarget("c.dll", "1.0");
+    }
+    /// Lines of one routine, without its name.
+    std::vector<std::string> TakeLogOf(const std::string& routine) {
+        std::vector<std::string> lines;
+        for (const std::string& line : Test().TakeLog()) {
+            if (line.starts_with(routine + " ")) {
+                lines.push_back(line.substr(routine.size() + 1));
+            }
+        }
+        return lines;
+    }
 
     DWORD m_reboot = 7;
 };
@@ -114,6 +133,24 @@ TEST_P(MonitorFileOnEverySystem, EmptyListSucceedsWithoutACopy) {
     EXPECT_THAT(Test().TakeCallNames(), Not(Contains("CopyFileA")));
 }
 
+TEST_P(MonitorFileOnEverySystem, SystemDirectoryThatIsNotToldOrTooLongEndsItWithoutACopy) {
+    WriteFileOn(Machine(), "C:\\new\\a.dll", "a");
+    ForgetCalls(Test());
+    DWORD reboot = 1;
+    faults::FailCall("GetSystemDirectoryA", 1, 5);
+    EXPECT_EQ(DoCopyMointorFile("C:\\new", "a.dll/", &reboot), 5u);
+    faults::FailCall("GetSystemDirectoryA", 1, 0);
+    EXPECT_EQ(DoCopyMointorFile("C:\\new", "a.dll/", &reboot), DWORD{ERROR_INTERNAL_ERROR})
+        << "a failure without a code is a failure all the same";
+    ReplacedOperations replaced;
+    replaced.table.GetSystemDirectoryA = [](LPSTR, UINT) -> UINT { return 260; };
+    Test().TurnLogOn();
+    EXPECT_EQ(DoCopyMointorFile("C:\\new", "a.dll/", &reboot), DWORD{ERROR_FILENAME_EXCED_RANGE});
+    EXPECT_EQ(Test().TakeLog().back(), "DoCopyMointorFile End(206)");
+    EXPECT_EQ(reboot, 0u);
+    EXPECT_THAT(Test().TakeCallNames({"CopyFileA"}), IsEmpty());
+}
+
 INSTANTIATE_ON_EVERY_SYSTEM(MonitorFileOnEverySystem);
 
 // ---- the 9x family --------------------------------------------------------------------------------------------------
@@ -128,21 +165,29 @@ TEST_F(MonitorFile9x, NewerFileReplacesOneThatNobodyHolds) {
     PutTarget("a.dll", "1.9");
     Test().TurnLogOn();
     EXPECT_EQ(Copy("a.dll/"), 0u);
-    EXPECT_THAT(Test().TakeLog(), ::testing::IsSupersetOf({
-                                      "CopyMonitorFile9x lpszFilePath C:\\new",
-                                      "CopyMonitorFile9x lpszFileList a.dll/",
-                                      "CopyMonitorFile9x Monitor is a.dll",
-                                      "CopyMonitorFile9x SrcFilePath:C:\\new\\a.dll",
-                                      "CopyMonitorFile9x DstFilePath:C:\\WINDOWS\\SYSTEM\\a.dll",
-                                      "CopyMonitorFile9x Monitor is Found",
-                                      "CheckUseMonitorFile File=C:\\WINDOWS\\SYSTEM\\a.dll",
-                                      "CopyMonitorFile9x Monitor is not use",
-                                      "CopyMonitorFile9x CopyFile() srcPath is C:\\new\\a.dll",
-                                      "CopyMonitorFile9x CopyFile() dstPath is C:\\WINDOWS\\SYSTEM\\a.dll",
-                                      "CopyMonitorFile9x End(0)",
-                                  }));
+    EXPECT_THAT(Test().TakeLog(), Contains("CheckUseMonitorFile File=C:\\WINDOWS\\SYSTEM\\a.dll"));
     EXPECT_TRUE(IsOf("a.dll", "2.0"));
     EXPECT_EQ(m_reboot, 0u);
+}
+
+TEST_F(MonitorFile9x, LogTellsOfEveryFileAtDetailLevel) {
+    PutOneOfEach();
+    Test().TurnLogOn();
+    EXPECT_EQ(Copy("a.dll/b.dll/c.dll/"), 0u);
+    EXPECT_THAT(TakeLogOf("CopyMonitorFile9x"),
+                ElementsAre("Start", "lpszFilePath C:\\new", "lpszFileList a.dll/b.dll/c.dll/", "Monitor is a.dll",
+                            "SrcFilePath:C:\\new\\a.dll", "DstFilePath:C:\\WINDOWS\\SYSTEM\\a.dll",
+                            "Monitor is Not Found", "Monitor is b.dll", "SrcFilePath:C:\\new\\b.dll",
+                            "DstFilePath:C:\\WINDOWS\\SYSTEM\\b.dll", "Monitor is Found", "Next File",
+                            "Monitor is c.dll", "SrcFilePath:C:\\new\\c.dll", "DstFilePath:C:\\WINDOWS\\SYSTEM\\c.dll",
+                            "Monitor is Found", "Monitor is not use", "CopyFile() srcPath is C:\\new\\c.dll",
+                            "CopyFile() dstPath is C:\\WINDOWS\\SYSTEM\\c.dll", "End(0)"));
+    PutTarget("c.dll", "1.0");
+    faults::FailCall("WritePrivateProfileStringA", 1, 5);
+    const auto held = Machine().Files().HoldOpen(Target("c.dll"), FILE_SHARE_READ);
+    Test().TurnLogOn(1);
+    EXPECT_EQ(Copy("c.dll/"), 5u);
+    EXPECT_THAT(Test().TakeLog(), ElementsAre("DoCopyMointorFile(C:\\new) Start"));
 }
 
 TEST_F(MonitorFile9x, OlderOrEqualFileIsPassedOver) {
@@ -244,7 +289,6 @@ TEST_F(MonitorFileNT, SpoolerIsStoppedOnceForAllReplacements) {
         PutTarget(name, "1.0");
         Machine().Files().SetAttributes(Target(name), FILE_ATTRIBUTE_READONLY);
     }
-    Test().TurnLogOn();
     ForgetCalls(Test());
     EXPECT_EQ(Copy("a.dll/b.dll/"), 0u);
     const std::vector<std::string> calls = Test().TakeCallNames({"ControlService", "StartServiceA", "CopyFileA"});
@@ -255,12 +299,6 @@ TEST_F(MonitorFileNT, SpoolerIsStoppedOnceForAllReplacements) {
     EXPECT_THAT(std::vector<std::string>(calls.begin(), firstCopy), Each("ControlService"));
     EXPECT_THAT(std::vector<std::string>(firstCopy + 2, calls.end()), Each("StartServiceA"));
     EXPECT_EQ(calls.back(), "StartServiceA");
-    EXPECT_THAT(Test().TakeLog(),
-                ::testing::IsSupersetOf({"CopyMonitorFileNT Monitor is Found",
-                                         "CopyMonitorFileNT Read Only cancellation:C:\\WINNT\\system32\\a.dll",
-                                         "CopyMonitorFileNT CopyFile() SrcPath:C:\\new\\a.dll",
-                                         "CopyMonitorFileNT CopyFile() DstPath:C:\\WINNT\\system32\\a.dll",
-                                         "CopyMonitorFileNT End(0)"}));
     EXPECT_TRUE(IsOf("a.dll", "2.0"));
     EXPECT_TRUE(IsOf("b.dll", "2.0"));
     EXPECT_EQ(m_reboot, 0u);
@@ -272,10 +310,67 @@ TEST_F(MonitorFileNT, LockedFileIsTriedAHundredTimes) {
     const auto held = Machine().Files().HoldOpen(Target("a.dll"), FILE_SHARE_READ);
     ForgetCalls(Test());
     EXPECT_EQ(Copy("a.dll/"), DWORD{ERROR_SHARING_VIOLATION});
-    const std::vector<std::string> calls = Test().TakeCallNames({"CopyFileA", "StartServiceA"});
-    EXPECT_EQ(std::count(calls.begin(), calls.end(), "CopyFileA"), 100);
-    EXPECT_EQ(calls.back(), "StartServiceA") << "the spooler runs again";
+    std::vector<std::string> calls = TakeCallsOf(Test(), {"CopyFileA", "Sleep", "StartServiceA"});
+    calls.erase(calls.begin(), std::find_if(calls.begin(), calls.end(),
+                                            [](const std::string& call) { return call.starts_with("CopyFileA("); }));
+    ASSERT_GT(calls.size(), 200u);
+    for (std::size_t i = 0; i < 200; i += 2) {
+        EXPECT_THAT(calls[i], StartsWith("CopyFileA("));
+        EXPECT_EQ(calls[i + 1], "Sleep(0x64)");
+    }
+    calls.erase(calls.begin(), calls.begin() + 200);
+    EXPECT_THAT(calls, Not(Contains(StartsWith("CopyFileA("))));
+    EXPECT_THAT(calls, Contains(StartsWith("StartServiceA("))) << "the spooler runs again";
     EXPECT_TRUE(IsOf("a.dll", "1.0"));
+    EXPECT_EQ(m_reboot, 0u);
+}
+
+TEST_F(MonitorFileNT, LogTellsOfEveryFile) {
+    PutOneOfEach();
+    Test().TurnLogOn();
+    EXPECT_EQ(Copy("a.dll/b.dll/c.dll/"), 0u);
+    EXPECT_THAT(TakeLogOf("CopyMonitorFileNT"),
+                ElementsAre("Start", "lpszFilePath C:\\new", "lpszFileList a.dll/b.dll/c.dll/", "Monitor is Not Found",
+                            "CopyFile() SrcPath:C:\\new\\a.dll", "CopyFile() DstPath:C:\\WINNT\\system32\\a.dll",
+                            "Monitor is Found", "Next File", "Monitor is Found",
+                            "Read Only cancellation:C:\\WINNT\\system32\\c.dll", "CopyFile() SrcPath:C:\\new\\c.dll",
+                            "CopyFile() DstPath:C:\\WINNT\\system32\\c.dll", "End(0)"));
+}
+
+TEST_F(MonitorFileNT, OlderFileKeepsItsArchiveAttributeAlone) {
+    PutSource("a.dll", "2.0");
+    PutTarget("a.dll", "1.0");
+    Machine().Files().SetAttributes(Target("a.dll"), FILE_ATTRIBUTE_READONLY);
+    ForgetCalls(Test());
+    EXPECT_EQ(Copy("a.dll/"), 0u);
+    EXPECT_THAT(TakeCallsOf(Test(), {"SetFileAttributesA"}),
+                ElementsAre("SetFileAttributesA(\"C:\\\\WINNT\\\\system32\\\\a.dll\", 0x20) = 0x1"));
+}
+
+TEST_F(MonitorFileNT, MissingFileIsCopiedOnceWhateverComesOfIt) {
+    PutSource("a.dll", "1.0");
+    ForgetCalls(Test());
+    faults::FailCall("CopyFileA", 1, ERROR_SHARING_VIOLATION);
+    EXPECT_EQ(Copy("a.dll/"), DWORD{ERROR_SHARING_VIOLATION});
+    EXPECT_THAT(Test().TakeCallNames(kServiceCalls), ElementsAre("CopyFileA"));
+    EXPECT_EQ(m_reboot, 0u);
+}
+
+TEST_F(MonitorFileNT, StopThatFailsIsTriedAgainForTheNextFileAndNothingIsStarted) {
+    for (const char* name : {"a.dll", "b.dll"}) {
+        PutSource(name, "2.0");
+        PutTarget(name, "1.0");
+    }
+    ForgetCalls(Test());
+    faults::FailCall("EnumDependentServicesA", 1, 5, true);
+    Test().TurnLogOn(1);
+    EXPECT_EQ(Copy("a.dll/b.dll/"), 0u);
+    EXPECT_THAT(Test().TakeLog(), ElementsAre("DoCopyMointorFile(C:\\new) Start", "Service(Spooler).Stop Error(5)",
+                                              "Service(Spooler).Stop Error(5)"));
+    EXPECT_THAT(Test().TakeCallNames({"CopyFileA", "OpenServiceA", "StartServiceA"}),
+                ElementsAre("OpenServiceA", "CopyFileA", "OpenServiceA", "CopyFileA"));
+    EXPECT_TRUE(IsOf("b.dll", "2.0"));
+    EXPECT_EQ(m_reboot, 0u);
 }
 
 TEST_F(MonitorFileNT, ResultSpeaksForTheTailOfTheWalk) {
@@ -302,7 +397,7 @@ TEST_F(MonitorFileNT, SpoolerThatDoesNotStartIsLoggedAlone) {
     PutSource("a.dll", "2.0");
     PutTarget("a.dll", "1.0");
     faults::FailCall("StartServiceA", 1, 1056);
-    Test().TurnLogOn();
+    Test().TurnLogOn(1);
     EXPECT_EQ(Copy("a.dll/"), 0u);
     EXPECT_THAT(Test().TakeLog(), Contains("Service(Spooler).Start Error(1056)"));
     faults::Reset();
@@ -317,6 +412,7 @@ TEST_F(MonitorFileNT, MissingSourceComparesAsNewerAndFails) {
     PutTarget("a.dll", "1.0");
     EXPECT_EQ(Copy("a.dll/"), DWORD{ERROR_FILE_NOT_FOUND});
     EXPECT_TRUE(IsOf("a.dll", "1.0"));
+    EXPECT_EQ(m_reboot, 0u);
 }
 
 }  // namespace

@@ -91,6 +91,13 @@ TEST_F(FileVersion, NeedsATranslation) {
     EXPECT_STREQ(text, "0.00") << "an empty translation leaves the text empty";
 }
 
+TEST_F(FileVersion, IsThatOfTheFirstTranslation) {
+    PeVersion version;
+    version.otherTranslations = {{0x0411, 0x03A4}, {0x0407, 0x04E4}};
+    Put(version);
+    EXPECT_EQ(Text(), "1.02");
+}
+
 TEST_F(FileVersion, TextThatFillsTheBufferIsTooLong) {
     char text[16] = {};
     Put("1.2" + std::string(256, '.'));  // 259 bytes and a NUL
@@ -163,6 +170,35 @@ TEST_F(FileVersion, SlotsLogAtDetailLevelWithinTheirFrames) {
     EXPECT_THAT(Test().TakeLog(),
                 ElementsAre("PI_KEL_CheckDriverFileVersion Start", "PI_KEL_CheckDriverFileVersion End:(87)", "",
                             "PI_KEL_GetDriverFileVersion Start", "PI_KEL_GetDriverFileVersion End:(0x00000000)", ""));
+}
+
+TEST_F(FileVersion, CheckLogsBothVersionsAndItsVerdict) {
+    Put("2.10");
+    Test().TurnLogOn();
+    const struct {
+        const char* given;
+        std::vector<std::string> lines;
+    } cases[] = {
+        {"2.10", {"String:(2.10) -> DWORD:(2.10)(0002000a)", "2.10 == 2.10", "DoCheckDriverFileVersion() - End:1"}},
+        {"2.11.5",
+         {"String:(2.11.5) -> DWORD:(2.11)(0002000b)", "2.10 < 2.11.5", "DoCheckDriverFileVersion() - End:3"}},
+    };
+    for (const auto& one : cases) {
+        Check(one.given);
+        const std::vector<std::string> log = Test().TakeLog();
+        ASSERT_GT(log.size(), 3u);
+        EXPECT_EQ(std::vector<std::string>(log.end() - 3, log.end()), one.lines);
+    }
+}
+
+TEST_F(FileVersion, CheckOfAnUnreadableFileLogsTheCodes) {
+    WriteFileOn(Machine(), kFile, "plain");
+    Test().TurnLogOn();
+    Check("1.0");
+    EXPECT_THAT(Test().TakeLog(),
+                ElementsAre("DoCheckDriverFileVersion() - Start", "DoGetDriverFileVersion() - Start",
+                            "GetFileVersionHelper() - Start", "GetFileVersionHelper() - End:1812",
+                            "DoGetDriverFileVersion() - End:1812", "DoCheckDriverFileVersion() - End:3"));
 }
 
 TEST_F(FileVersion, FailuresOfTheSystemComeBack) {

@@ -71,6 +71,9 @@ TEST_F(Log, WritesTwoDigitsInEachPlaceOfTheStamp) {
 TEST_F(Log, WritesOnlyTheStampForAnEmptyText) {
     WriteLog("%s", "");
     EXPECT_EQ(TakeFile(), std::string(kStamp) + "\r\n");
+    const std::string format;  // no literal, which the compiler would refuse
+    WriteLog(format.c_str(), 0);
+    EXPECT_EQ(TakeFile(), std::string(kStamp) + "\r\n");
 }
 
 TEST_F(Log, TakesPercentSignsInArgumentsAsText) {

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "frame/os_route.h"
+#include "frame/pikel.h"
 #include "support/machine_test.h"
 
 namespace pikel {
@@ -142,6 +143,19 @@ TEST_F(OsIdentityBuilding, ReadsTheModulePathOfTheKeptModule) {
     EXPECT_EQ(GetKeptModule(), simulated::LibraryModule());
     EXPECT_EQ(GetOsIdentity().moduleFilePath, "C:\\Program Files\\pikel\\pikel.dll");
     EXPECT_EQ(GetOsIdentity().moduleDirectory, "C:\\Program Files\\pikel");
+}
+
+TEST_F(OsIdentityBuilding, IsDoneByTheFirstInitializeBehindTheLogConfigurationAndNotAgain) {
+    const PI_KEL_Interface& table = *PI_KEL_GetInterface(PIKEL_INTERFACE_VERSION);
+    const std::vector<std::string> first = {"FindFirstFileA", "GetVersionExA", "GetComputerNameA"};
+    SetAttachedModule(simulated::LibraryModule());
+    table.PI_KEL_Initialize();
+    EXPECT_EQ(Test().TakeCallNames(first), first);
+    EXPECT_EQ(GetOsIdentity().moduleFilePath, "C:\\Program Files\\pikel\\pikel.dll");
+    table.PI_KEL_Shutdown();
+    table.PI_KEL_Initialize();
+    EXPECT_THAT(Test().TakeCallNames(first), ElementsAre("FindFirstFileA"));
+    table.PI_KEL_Shutdown();
 }
 
 TEST_F(OsIdentityBuilding, ReadsTheModulePathOfTheHostWithoutAKeptModule) {

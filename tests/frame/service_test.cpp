@@ -46,6 +46,12 @@ std::vector<std::string> Steps(const std::vector<std::string>& calls) {
     return steps;
 }
 
+/// So many steps from the first of a name on.
+std::vector<std::string> StepsFrom(const std::vector<std::string>& steps, std::string_view name, std::ptrdiff_t count) {
+    const auto begin = std::ranges::find(steps, name);
+    return {begin, begin + std::min(count, steps.end() - begin)};
+}
+
 /// "Main" with the dependents "A" and "B" that run, and "C" that doesn't.
 class ServiceControl : public MachineTest {
   protected:
@@ -263,6 +269,21 @@ TEST_F(ServiceControl, AsksForActiveDependentsOnAStopAndForAllOnAStart) {
     EXPECT_THAT(Test().TakeCalls()[0], ::testing::MatchesRegex("EnumDependentServicesA\\(0x[0-9a-f]+, 0x3, null.*"));
     Win32RestartService(m_handles);
     EXPECT_THAT(Test().TakeCalls()[0], ::testing::MatchesRegex("EnumDependentServicesA\\(0x[0-9a-f]+, 0x1, null.*"));
+}
+
+TEST_F(ServiceControl, OpensDependentsForExecutionAndWithAllAccess) {
+    Win32StopService(m_handles);
+    Win32StartService(m_handles);
+    std::size_t opened = 0;
+    for (const std::string& call : Test().TakeCalls()) {
+        if (call.starts_with("OpenSCManagerA")) {
+            EXPECT_THAT(call, ::testing::StartsWith("OpenSCManagerA(null, null, 0x20000000)"));
+        } else if (call.starts_with("OpenServiceA")) {
+            ++opened;
+            EXPECT_THAT(call, ::testing::MatchesRegex("OpenServiceA\\(0x[0-9a-f]+, \"[ABC]\", 0xf01ff\\).*"));
+        }
+    }
+    EXPECT_EQ(opened, 5u) << "two to stop and three to start";
 }
 
 TEST_F(ServiceControl, SendsNoControlToAStoppedService) {
@@ -538,6 +559,9 @@ TEST_F(ServiceRestart, WaitsOnALockViolationAsWell) {
     EXPECT_EQ(Win32RestartService(m_handles), 0u);
     EXPECT_THAT(Machine().Desktop().debugOutput,
                 ElementsAre(kStillActive, "Win32QueryServiceStop - Confirm Stop...1", kStopped));
+    EXPECT_THAT(StepsFrom(ServiceControl::TakeSteps(), "CreateFileA", 9),
+                ElementsAre("CreateFileA", "GetLocalTime", "OutputDebugStringA", "FindWindowA",  //
+                            "Sleep 100", "GetLocalTime", "OutputDebugStringA", "FindWindowA", "QueryServiceConfigA"));
 }
 
 TEST_F(ServiceRestart, GoesOnAfter600Rounds) {
@@ -567,14 +591,18 @@ TEST_F(ServiceRestart, EndsTheConfirmationOnAProgramThatIsACommandLine) {
 }
 
 TEST_F(ServiceRestart, EndsTheConfirmationWhenTheProgramCanNotBeOpened) {
-    g_logSettings.debugEnabled = false;
+    g_logSettings.logToFile = false;
+    g_logSettings.logToDebugger = true;
     RemoveDependents();
     faults::FailCall("CreateFileA", 1, ERROR_ACCESS_DENIED);
     EXPECT_EQ(Win32RestartService(m_handles), 0u);
-    EXPECT_THAT(TakeSteps(),
+    EXPECT_THAT(Machine().Desktop().debugOutput,
+                ElementsAre("*** CreateFile(Main Service:C:\\Services\\main.exe):5 error ***"));
+    EXPECT_THAT(ServiceControl::TakeSteps(),
                 ElementsAre("EnumDependentServicesA", "QueryServiceStatus", "ControlService", "Sleep 50",
                             "QueryServiceStatus", "QueryServiceConfigA", "QueryServiceConfigA", "CreateFileA",
-                            "Sleep 1000", "QueryServiceStatus", "StartServiceA", "Sleep 50", "QueryServiceStatus"));
+                            "Sleep 1000", "GetLocalTime", "OutputDebugStringA", "FindWindowA",  //
+                            "QueryServiceStatus", "StartServiceA", "Sleep 50", "QueryServiceStatus"));
 }
 
 TEST_F(ServiceRestart, EndsTheConfirmationWhenTheConfigurationCanNotBeRead) {
@@ -582,9 +610,11 @@ TEST_F(ServiceRestart, EndsTheConfirmationWhenTheConfigurationCanNotBeRead) {
     faults::FailCall("QueryServiceConfigA", 1, ERROR_ACCESS_DENIED);
     EXPECT_EQ(Win32RestartService(m_handles), 0u);
     EXPECT_THAT(Test().TakeLog(), ElementsAre("*** Win32QueryServiceConfig error :5 ***"));
-    const std::vector<std::string> steps = TakeSteps();
+    const std::vector<std::string> steps = ServiceControl::TakeSteps();
     EXPECT_EQ(Count(steps, "Sleep 1000"), 1u);
     EXPECT_EQ(Count(steps, "Sleep 100"), 0u);
+    EXPECT_THAT(StepsFrom(steps, "QueryServiceConfigA", 3),
+                ElementsAre("QueryServiceConfigA", "Sleep 1000", "GetLocalTime"));
     EXPECT_EQ(Services().State("Main"), SERVICE_RUNNING);
 }
 

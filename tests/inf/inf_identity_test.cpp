@@ -113,6 +113,8 @@ const SystemCase kSystems[] = {
     {"x86, decorated", "[Version]\nSignature=\"$Windows NT$\"\n"s + kUrl + "[Manufacturer]\nA=A,NTx86.5.1\n", 0, 3},
     {"IA64", "[Version]\nSignature=\"$Windows NT$\"\n"s + kUrl + "[Manufacturer]\nA=A,NTia64\n", 0, 4},
     {"x64", "[Version]\nSignature=\"$Windows NT$\"\n"s + kUrl + "[Manufacturer]\nA=A,NTamd64\n", 0, 5},
+    {"x64, and newer than 5.1", "[Version]\nSignature=\"$Windows NT$\"\n"s + kUrl + "[Manufacturer]\nA=A,NTamd64.5.2\n",
+     0, 3},
     {"x64 and a last line without",
      "[Version]\nSignature=\"$Windows NT$\"\n"s + kUrl + "[Manufacturer]\nA=A,NTamd64\nB=B\n", 0, 3},
     {"no Manufacturer", "[Version]\nSignature=\"$Windows NT$\"\n"s + kUrl, 0xE0000102, 3},

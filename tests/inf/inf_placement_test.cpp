@@ -30,6 +30,9 @@ std::string InfOf(const LogLines& models, const std::string& extra = {}) {
     return text;
 }
 
+/// An INF of the source's provider and class whose models can't be read.
+constexpr char kWithoutModels[] = "[Version]\nSignature=\"$Windows NT$\"\nProvider=\"Northlight\"\nClass=Printer\n";
+
 using Route = DWORD (*)(LPCSTR, DWORD, DWORD, DWORD, LPCSTR, LPCSTR, LPCSTR, DWORD);
 
 class InfPlacement : public MachineTest {
@@ -96,12 +99,32 @@ TEST_F(InfPlacement, IsNotNewWhenOneInfHoldsAllItsModels) {
 
 TEST_F(InfPlacement, CandidateThatCantBeReadEndsTheCheck) {
     DWORD status = 77;
-    Write("C:\\Infs\\b.inf", "[Version]\nSignature=\"$Windows NT$\"\nProvider=\"Northlight\"\nClass=Printer\n");
+    Write("C:\\Infs\\b.inf", kWithoutModels);
     EXPECT_EQ(IsInfNewForModels(kSource, 3, 5, 1, kFolderPath, "Northlight", "Printer", status), 1u);
     EXPECT_EQ(status, 0xE0000102u);
     Write("C:\\Infs\\a.inf", InfOf({"A", "B"}));
     EXPECT_EQ(IsInfNewForModels(kSource, 3, 5, 1, kFolderPath, "Northlight", "Printer", status), 0u);
     EXPECT_EQ(status, 0xE0000102u) << "the walk went on behind the one that covers it";
+}
+
+TEST_F(InfPlacement, RoutesTellACandidateThatCantBeReadAndCopyNothing) {
+    struct {
+        const char* system;
+        Route route;
+        std::string folder;
+    } const cases[] = {{"nt4", &InfFileCopyNT, kFolderPath},
+                       {"win98", &InfFileCopy98, "C:\\Infs\\Other\\"},
+                       {"win95", &InfFileCopy95, kFolderPath}};
+    for (const auto& row : cases) {
+        SCOPED_TRACE(row.system);
+        Fresh(row.system);
+        Write(row.folder + "b.inf", kWithoutModels);
+        Test().TakeCalls();
+        EXPECT_EQ(Run(row.route), 0xE0000102u);
+        Write(row.folder + "a.inf", InfOf({"A", "B"}));
+        EXPECT_EQ(Run(row.route), 0xE0000102u) << "also behind one that covers the source";
+        EXPECT_THAT(Test().TakeCallNames({"CopyFileA"}), IsEmpty());
+    }
 }
 
 TEST_F(InfPlacement, SourceThatCantBeReadIsNewWithACode) {
@@ -425,6 +448,18 @@ TEST_F(InfPlacement, Windows95LeavesNoFileWithAnOtherFolder) {
                 ElementsAre("FindFirstFileA", "FindClose", "CopyFileA", "SetFileAttributesA", "DeleteFileA",
                             "SetFileAttributesA", "DeleteFileA", "SetFileAttributesA", "DeleteFileA", "FindClose"));
     EXPECT_EQ(Machine().Handles().OpenCount(), 0u);
+    Test().AllowOpen();  // the second close of the search is noted as misuse
+}
+
+TEST_F(InfPlacement, Windows95LogsItsCopyBeforeItClosesTheSearchAgain) {
+    Fresh("win95");
+    EXPECT_EQ(Machine().Files().MakeFolder("C:\\Infs\\Other"), 0u);
+    Test().TurnLogOn(1);
+    Test().TakeCalls();
+    EXPECT_EQ(Run(&InfFileCopy95), 0u);
+    const LogLines calls = Test().TakeCallNames({"FindClose", "WriteFile"});
+    ASSERT_GE(calls.size(), 3u);
+    EXPECT_THAT(LogLines(calls.end() - 3, calls.end()), ElementsAre("FindClose", "WriteFile", "FindClose"));
     Test().AllowOpen();  // the second close of the search is noted as misuse
 }
 

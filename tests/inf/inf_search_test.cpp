@@ -1,6 +1,8 @@
 // The search for installed INFs, and the comparisons between INFs.
 #include "inf/inf_search.h"
 
+#include <cstring>
+
 #include "support/inf_test.h"
 
 namespace pikel {
@@ -142,6 +144,27 @@ TEST_F(InfSearch, ListThatFailsEndsIt) {
     faults::Reset();
     faults::FailCall("HeapAlloc", 1, 0);
     EXPECT_EQ(Search("C:\\Infs\\"), (Result{8, {}}));
+}
+
+TEST_F(InfSearch, ListWithoutItsLastNulsEndsWithItsBlock) {
+    Write("C:\\Infs\\a.inf", InfOf("Northlight", "Printer"));
+    Write("C:\\Infs\\b.inf", InfOf("Northlight", "Printer"));
+    static constexpr std::string_view kNames("a.inf\0b.inf", 11);
+    ReplacedOperations replaced;
+    replaced.table.SetupGetInfFileListA = [](PCSTR, DWORD, PSTR buffer, DWORD, PDWORD required) -> BOOL {
+        *required = static_cast<DWORD>(kNames.size());
+        if (buffer != nullptr) {
+            kNames.copy(buffer, kNames.size());
+        }
+        return TRUE;
+    };
+    // What lies behind a block is a name, which a walk that goes too far would take.
+    replaced.table.HeapAlloc = [](HANDLE heap, DWORD flags, SIZE_T size) -> LPVOID {
+        auto* block = static_cast<char*>(NativePlatform().HeapAlloc(heap, flags, size + sizeof "a.inf" + 1));
+        std::memcpy(block + size, "a.inf", sizeof "a.inf");
+        return block;
+    };
+    EXPECT_EQ(Search("C:\\Infs\\"), (Result{0, {"C:\\Infs\\a.inf", "C:\\Infs\\b.inf"}}));
 }
 
 TEST_F(InfSearch, PathsAreTakenUpTo259Bytes) {

@@ -103,5 +103,62 @@ TEST_F(CompressedFile, OfAMediumIsExpandedWhereItIsInstalled) {
     EXPECT_EQ(install("c.dll", "C:\\old.dll"), DWORD{ERROR_FILE_NOT_FOUND});
 }
 
+// ---- the walk through a cabinet -------------------------------------------------------------------------------------
+
+/// What a walk told its program, and the code with which the program answers one notification.
+struct Told {
+    UINT refused = 0;
+    UINT code = 0;
+    std::vector<std::string> lines{};
+};
+
+class CabinetWalk : public MachineTest {
+  protected:
+    static UINT CALLBACK Tell(PVOID context, UINT notification, UINT_PTR first, UINT_PTR second) {
+        Told& told = *static_cast<Told*>(context);
+        if (notification == SPFILENOTIFY_CABINETINFO) {
+            const auto& info = *reinterpret_cast<const CABINET_INFO_A*>(first);
+            told.lines.push_back("cabinet " + std::string(info.CabinetFile) + " in " + info.CabinetPath);
+        } else if (notification == SPFILENOTIFY_FILEINCABINET) {
+            auto& info = *reinterpret_cast<FILE_IN_CABINET_INFO_A*>(first);
+            const std::string name = info.NameInCabinet;
+            told.lines.push_back("file " + name + " in " + reinterpret_cast<LPCSTR>(second));
+            ("C:\\media\\" + name).copy(info.FullTargetName, sizeof info.FullTargetName - 1);
+            return name == "skipped.txt" ? FILEOP_SKIP : FILEOP_DOIT;
+        } else if (notification == SPFILENOTIFY_FILEEXTRACTED) {
+            const auto& paths = *reinterpret_cast<const FILEPATHS_A*>(first);
+            told.lines.push_back("written " + std::string(paths.Target) + " from " + paths.Source);
+        }
+        return notification == told.refused ? told.code : 0;
+    }
+    /// Walks through a cabinet of three files; 0 or a code.
+    DWORD Run(Told& told) {
+        WriteFileOn(Machine(), "C:\\media\\a.cab",
+                    MakeCabinet({{"one.txt", "first"}, {"skipped.txt", "second"}, {"two.txt", "third"}}));
+        return Platform().SetupIterateCabinetA("C:\\media\\a.cab", 0, Tell, &told) ? 0 : Platform().GetLastError();
+    }
+};
+
+TEST_F(CabinetWalk, TellsOfTheCabinetOnceAndOfEachFileThatIsWritten) {
+    Told told;
+    EXPECT_EQ(Run(told), 0u);
+    EXPECT_THAT(told.lines,
+                ::testing::ElementsAre("cabinet a.cab in C:\\media\\", "file one.txt in C:\\media\\a.cab",
+                                       "written C:\\media\\one.txt from C:\\media\\a.cab",
+                                       "file skipped.txt in C:\\media\\a.cab", "file two.txt in C:\\media\\a.cab",
+                                       "written C:\\media\\two.txt from C:\\media\\a.cab"));
+    EXPECT_FALSE(Machine().Files().Exists("C:\\media\\skipped.txt"));
+}
+
+TEST_F(CabinetWalk, EndsWithTheCodeThatItIsAnswered) {
+    for (const auto& [notification, lines] :
+         {std::pair{SPFILENOTIFY_CABINETINFO, 1u}, {SPFILENOTIFY_FILEEXTRACTED, 3u}}) {
+        Told told = {.refused = notification, .code = 4711};
+        EXPECT_EQ(Run(told), 4711u) << notification;
+        EXPECT_EQ(told.lines.size(), lines) << notification;
+        EXPECT_EQ(Machine().Files().Exists("C:\\media\\one.txt"), notification == SPFILENOTIFY_FILEEXTRACTED);
+    }
+}
+
 }  // namespace
 }  // namespace pikel

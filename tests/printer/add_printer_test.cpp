@@ -267,7 +267,8 @@ TEST_P(AddPrinterOnEverySystem, NameWithTwoBackslashesIsConnectedToOnTheNtFamily
     Test().TakeCalls();
     faults::FailCall("AddPrinterConnectionA", 1, ERROR_ACCESS_DENIED);
     Test().TurnLogOn(1);
-    DoAddPrinter(&text.Record(), nullptr);
+    EXPECT_EQ(DoAddPrinter(&text.Record(), nullptr), 0u) << "the local add's code";
+    EXPECT_THAT(PrintersOn(Test()), ElementsAre(kShared));
     const std::vector<std::string> calls = Test().TakeCallNames({"AddPrinterConnectionA", "AddPrinterA"});
     const std::vector<std::string> log = Test().TakeLog();
     if (Is9x()) {
@@ -325,9 +326,10 @@ TEST_P(AddPrinterOnEverySystem, CancelledConnectionEndsTheWorkOnVistaAlone) {
     const DWORD code = DoAddPrinter(&text.Record(), nullptr);
     const bool added = !Test().TakeCallNames({"AddPrinterA"}).empty();
     EXPECT_EQ(added, !IsVista());
+    EXPECT_EQ(code, IsVista() ? DWORD{ERROR_CANCELLED} : 0u);
+    EXPECT_EQ(PrinterOn(Test(), kShared).has_value(), !IsVista());
     EXPECT_EQ(text.Record().pDevMode, &devMode);  // the switch is on: it was never taken out
     if (IsVista()) {
-        EXPECT_EQ(code, ERROR_CANCELLED);
         EXPECT_THAT(
             Test().TakeLog(),
             ElementsAre(std::string("DoAddPrinter(") + kShared + ") Start", "Set Parameter DevMode(PRINTER_INFO_2)!!!",
@@ -378,7 +380,7 @@ TEST_P(AddPrinterOnEverySystem, CancelledConnectionLeavesTheDevModeOut) {
     text.Record().pDevMode = &devMode;
     Test().TurnLogOn(1);
     faults::FailCall("AddPrinterConnectionA", 1, ERROR_CANCELLED);
-    DoAddPrinter(&text.Record(), nullptr);
+    EXPECT_EQ(DoAddPrinter(&text.Record(), nullptr), IsVista() ? DWORD{ERROR_CANCELLED} : 0u);
     if (IsVista()) {
         EXPECT_EQ(text.Record().pDevMode, nullptr);
         EXPECT_THAT(Test().TakeLog(), ElementsAre(std::string("DoAddPrinter(") + kShared + ") Start",
@@ -701,19 +703,19 @@ TEST_F(AddPrinter2kTest, ConnectionThatFailsIsAddedLocallyUnderItsName) {
     PrinterText text(kShared);
     faults::FailCall("AddPrinterConnectionA", 1, ERROR_INVALID_PRINTER_NAME);
     WatchedSpooler spooler;
-    DoAddPrinter(&text.Record(), nullptr);
+    EXPECT_EQ(DoAddPrinter(&text.Record(), nullptr), 0u);
     ASSERT_FALSE(spooler.Writes().empty());
     EXPECT_EQ(spooler.Writes()[0].operation, "AddPrinterA");
     EXPECT_EQ(spooler.Writes()[0].printer, kShared);
+    EXPECT_TRUE(PrinterOn(Test(), kShared));
 }
 
 TEST_F(AddPrinter2kTest, ConnectionThatFailsWithoutACodeIsAddedLocallyToo) {
     PrinterText text(kShared);
     simulated::lastError = 0;
     faults::FailCall("AddPrinterConnectionA", 1, 0);
-    WatchedSpooler spooler;
-    DoAddPrinter(&text.Record(), nullptr);
-    EXPECT_FALSE(spooler.Writes().empty());
+    EXPECT_EQ(DoAddPrinter(&text.Record(), nullptr), 0u);
+    EXPECT_TRUE(PrinterOn(Test(), kShared));
 }
 
 TEST(AddPrinterWithoutRoute, IsNotServed) {

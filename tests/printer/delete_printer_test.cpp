@@ -1,9 +1,13 @@
 // Deleting a printer or a connection.
 #include "printer/delete_printer.h"
 
+#include <cstring>
+
 #include "platform/simulated/desktop.h"
 #include "platform/simulated/operations.h"
+#include "platform/simulated/shares.h"
 #include "printer/printer_machine.h"
+#include "printer/share_registry.h"
 
 namespace pikel {
 namespace {
@@ -108,8 +112,7 @@ TEST_P(DeletePrinterOnEverySystem, OpenFailureIsTheResult) {
     EXPECT_TRUE(IsThere());
 }
 
-// ---- 9x family
-// ----------------------------------------------------------------------------------------------------------
+// ---- 9x family ------------------------------------------------------------------------------------------------------
 
 class DeletePrinter9xTest : public MachineTest {
   protected:
@@ -117,9 +120,9 @@ class DeletePrinter9xTest : public MachineTest {
         InstallDriver(Test());
         AddPrinterTo(Test(), "P1");
     }
-    void Share(DWORD attributes = PRINTER_ATTRIBUTE_SHARED) {
+    void Share(DWORD attributes = PRINTER_ATTRIBUTE_SHARED, const char* name = "LASER") {
         const std::string key = std::string(kPrintersOn) + "\\P1";
-        Machine().Registry().SetText(key, "Share Name", "LASER");
+        Machine().Registry().SetText(key, "Share Name", name);
         Machine().Registry().SetNumber(key, "Attributes", attributes);
         Test().TakeCalls();
     }
@@ -134,6 +137,36 @@ TEST_F(DeletePrinter9xTest, ShareThatIsNotThereIsLoggedAndGoesNoFurther) {
                             "DeleteSharePrinter9x() - End(2310)", "DeletePrinter9x() - DeleteSharePrinter9x():2310",
                             "DeletePrinter9x() - End(0)", "DoDeletePrinter End(0)"));
     EXPECT_FALSE(PrinterOn(Test(), "P1"));
+}
+
+TEST_F(DeletePrinter9xTest, ShareGoesWithThePrinterAndTheShellIsTold) {
+    Share();
+    PrinterShareRecord share{};
+    std::strcpy(share.NetName, "LASER");
+    std::strcpy(share.Path, "P1");
+    share.ShareType = 1;
+    ASSERT_EQ(AddSharePrinter9x(&share), 0u);
+    Machine().Desktop().shellChanges.clear();
+    Test().TurnLogOn(1);
+    EXPECT_EQ(DoDeletePrinter("p1", 0, nullptr), 0u);
+    EXPECT_THAT(Test().TakeLog(),
+                ElementsAre("DoDeletePrinter(p1) Start", "DeletePrinter9x() - Start", "DeleteSharePrinter9x() - Start",
+                            "DeleteSharePrinter9x() - End(0)", "DeletePrinter9x() - End(0)", "DoDeletePrinter End(0)"));
+    EXPECT_FALSE(PrinterOn(Test(), "P1"));
+    EXPECT_FALSE(simulated::Shares(Machine()).Find("LASER"));
+    EXPECT_FALSE(Machine().Registry().KeyExists(simulated::Shares::StartKeyOf("LASER")));
+    ASSERT_EQ(Machine().Desktop().shellChanges.size(), 2u);
+    for (const simulated::ShellChange& change : Machine().Desktop().shellChanges) {
+        EXPECT_EQ(change.item1, "P1") << "in the spooler's spelling";
+    }
+}
+
+TEST_F(DeletePrinter9xTest, SharedBitWithoutAShareNameDeletesNoShare) {
+    Share(PRINTER_ATTRIBUTE_SHARED, "");
+    Test().TurnLogOn(1);
+    EXPECT_EQ(DoDeletePrinter("P1", 0, nullptr), 0u);
+    EXPECT_THAT(Test().TakeLog(), ElementsAre("DoDeletePrinter(P1) Start", "DeletePrinter9x() - Start",
+                                              "DeletePrinter9x() - End(0)", "DoDeletePrinter End(0)"));
 }
 
 TEST_F(DeletePrinter9xTest, ShareStaysWithoutTheSharedBit) {
@@ -167,8 +200,7 @@ TEST_F(DeletePrinter9xTest, MessagesAreTakenOut) {
                 ElementsAre("PeekMessageA", "TranslateMessage", "DispatchMessageA", "PeekMessageA"));
 }
 
-// ---- connections
-// --------------------------------------------------------------------------------------------------------
+// ---- connections ----------------------------------------------------------------------------------------------------
 
 class DeleteConnection : public MachineTest {
   protected:

@@ -6,13 +6,16 @@
 #include "platform/simulated/operations.h"
 #include "printer/effective_dev_mode.h"
 #include "printer/printer_machine.h"
+#include "printer/printer_values.h"
 
 namespace pikel {
 namespace {
 
 using namespace testing_support;
 using ::testing::Contains;
+using ::testing::Each;
 using ::testing::ElementsAre;
+using ::testing::StartsWith;
 
 /// A record that goes back to the heap.
 class ReadRecord {
@@ -156,6 +159,22 @@ TEST_P(GetPrinterOnEverySystem, SwitchOfTheDevModeGovernsWritingOnly) {
     DoSetEffectiveDevMode(1);
 }
 
+TEST_P(GetPrinterOnEverySystem, LogsTheValuesAndThenTheDescriptor) {
+    Test().TurnLogOn(1);
+    ASSERT_EQ(ReadRecord("P1").Code(), 0u);
+    const std::vector<std::string> log = Test().TakeLog();
+    // Each of the 29 values has its routine's two lines and, as none is there, one more.
+    constexpr std::size_t kValueLines = 29 * 3;
+    ASSERT_GT(log.size(), 1 + kValueLines);
+    const auto values = log.begin() + 1;
+    EXPECT_EQ(log.front(), "DoGetPrinter(P1) Start");
+    EXPECT_THAT(std::vector(values, values + kValueLines), Each(StartsWith("GetPrinterData")));
+    EXPECT_EQ(
+        std::vector(values + kValueLines, log.end()),
+        Is9x() ? std::vector<std::string>({"DoGetPrinter End(0)"})
+               : std::vector<std::string>({"GetStringSD() - Start", "GetStringSD() - End(0)", "DoGetPrinter End(0)"}));
+}
+
 TEST_P(GetPrinterOnEverySystem, UnknownPrinterIsTheSpoolersCode) {
     Test().TurnLogOn(1);
     ReadRecord record("Nobody");
@@ -185,8 +204,31 @@ TEST_P(GetPrinterOnEverySystem, NoMemoryForTheRecord) {
     EXPECT_FALSE(record.IsThere());
 }
 
-// ---- 9x family
-// --------------------------------------------------------------------------------------------------------
+TEST_P(GetPrinterOnEverySystem, NoMemoryForTheValuesEndsTheRead) {
+    Machine().Registry().Set(Key("PrinterDriverData"), "udpWidth", REG_BINARY, "abcd");
+    const std::size_t before = Machine().Heap().AllocationCount();
+    {
+        RegistryDataBlock values;
+        ASSERT_EQ(ReadPrinterValues(values, "P1"), 0u);
+        ASSERT_EQ(values.Count(), 1u);
+    }
+    const std::size_t perValues = Machine().Heap().AllocationCount() - before;
+    // Ahead of the values there are level 2 and, on the 9x family, level 5 for the default printer.
+    Machine().Heap().FailAllocation((Is9x() ? 2 : 1) + perValues - 1, false);
+    Test().TurnLogOn(1);
+    ReadRecord record("P1");
+    Machine().Heap().StopFailing();
+    EXPECT_EQ(record.Code(), ERROR_NOT_ENOUGH_MEMORY);
+    EXPECT_FALSE(record.IsThere());
+    const std::vector<std::string> log = Test().TakeLog();
+    // The last value was looked for, and nothing behind the values was.
+    ASSERT_GE(log.size(), 2u);
+    EXPECT_THAT(log[log.size() - 2], StartsWith("GetPrinterData(EMFDespoolingSetting)"));
+    EXPECT_EQ(log.back(), "DoGetPrinter End(8)");
+    EXPECT_THAT(Test().TakeCallNames({"CreateICA"}), ElementsAre());
+}
+
+// ---- 9x family ------------------------------------------------------------------------------------------------------
 
 class GetPrinter : public MachineTest {
   protected:
@@ -255,6 +297,10 @@ TEST_F(GetPrinter, ShareThatIsNotThereIsNoFailure) {
     Machine().Registry().SetText(std::string(kPrintersOn) + "\\P1", "Share Name", "LASER");
     ReadRecord record("P1");
     EXPECT_EQ(record.Code(), 0u);
+    // Each level with two calls: 2, then 5 for the default printer, then 5 for the timeouts, and behind it the share.
+    EXPECT_THAT(Test().TakeCallNames({"GetPrinterA", "NetShareGetInfo"}),
+                ElementsAre("GetPrinterA", "GetPrinterA", "GetPrinterA", "GetPrinterA", "GetPrinterA", "GetPrinterA",
+                            "NetShareGetInfo"));
     EXPECT_STREQ(record->ShareRecord->NetName, "");
 }
 
@@ -265,8 +311,7 @@ TEST_F(GetPrinter, Level5OfA9xPrinterIsNeeded) {
     EXPECT_EQ(ReadRecord("P1").Code(), ERROR_NOT_ENOUGH_MEMORY);
 }
 
-// ---- NT family
-// --------------------------------------------------------------------------------------------------------
+// ---- NT family ------------------------------------------------------------------------------------------------------
 
 TEST_F(GetPrinter, DescriptorIsNeeded) {
     StartWith("xp");
@@ -351,6 +396,21 @@ TEST_F(GetPrinter, OfAConnectionLevel2Alone) {
     EXPECT_EQ(record->ShareRecord, nullptr);
     EXPECT_EQ(record->RegistryEntryCount, 0u);
     EXPECT_THAT(Test().TakeLog(), ElementsAre("DoGetPrinter(\\\\server\\Laser) Start", "DoGetPrinter End(0)"));
+}
+
+TEST_F(GetPrinter, ConnectionCanBeTheDefaultPrinter) {
+    StartWith("xp");
+    ShareOnTheNetwork(Test());
+    char name[] = "\\\\server\\Laser";
+    ASSERT_TRUE(simulated::AddPrinterConnectionA(name));
+    MakeDefaultOn(Test(), name);
+    Test().TurnLogOn(1);
+    ReadRecord record(name);
+    ASSERT_EQ(record.Code(), 0u);
+    EXPECT_NE(record->Attributes & PRINTER_ATTRIBUTE_DEFAULT, 0u);
+    EXPECT_THAT(Test().TakeLog(),
+                ElementsAre("DoGetPrinter(\\\\server\\Laser) Start",
+                            "PI_GetPrinter() \\\\server\\Laser is default printer", "DoGetPrinter End(0)"));
 }
 
 TEST_F(GetPrinter, Level2WithoutABlockIsRefused) {

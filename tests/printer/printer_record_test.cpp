@@ -3,6 +3,7 @@
 
 #include <cstring>
 
+#include "printer/printer_data.h"
 #include "printer/printer_machine.h"
 
 namespace pikel {
@@ -132,6 +133,50 @@ TEST_F(PrinterRecordTest, DevModeOfNoSizeIsNone) {
     m_source.pLevel2 = &m_level2;
     ASSERT_EQ(Pack(), 0u);
     EXPECT_EQ(m_record->pDevMode, nullptr);
+}
+
+TEST_F(PrinterRecordTest, ValuesComeWithTheirKeysNamesAndBytes) {
+    char key[] = "CopyFiles\\ICM", otherKey[] = "ICMDATA", files[] = "Files", width[] = "udpWidth", empty[] = "Empty";
+    BYTE bytes[] = {'a', 0, 'b', 0, 0};
+    BYTE number[] = {1, 2, 3, 4};
+    const PrinterRegistryEntry entries[] = {{key, files, bytes, REG_MULTI_SZ, sizeof bytes, ValueKindNt},
+                                            {nullptr, width, number, REG_DWORD, sizeof number, ValueKindEvery},
+                                            {otherKey, empty, nullptr, REG_SZ, 0, ValueKind9x}};
+    HeapBlock block = AllocateHeap(sizeof entries);
+    memcpy(block.Get(), entries, sizeof entries);
+    RegistryDataBlock values;
+    values.Store(std::move(block), sizeof entries, static_cast<DWORD>(std::size(entries)));
+    m_source.pLevel2 = &m_level2;
+    m_source.pValues = &values;
+    ASSERT_EQ(Pack(), 0u);
+    ASSERT_EQ(m_record->RegistryEntryCount, std::size(entries));
+    EXPECT_TRUE(IsInside(m_record->RegistryEntries));
+    for (std::size_t i = 0; i < std::size(entries); ++i) {
+        const PrinterRegistryEntry& from = entries[i];
+        const PrinterRegistryEntry& packed = m_record->RegistryEntries[i];
+        SCOPED_TRACE(from.ValueName);
+        EXPECT_STREQ(packed.Key, from.Key);
+        EXPECT_STREQ(packed.ValueName, from.ValueName);
+        EXPECT_TRUE(IsInside(packed.ValueName));
+        EXPECT_EQ(packed.Key != nullptr, from.Key != nullptr && IsInside(packed.Key));
+        EXPECT_EQ(packed.Type, from.Type);
+        EXPECT_EQ(packed.Size, from.Size);
+        EXPECT_EQ(packed.Kind, from.Kind);
+        ASSERT_EQ(packed.Data != nullptr, from.Data != nullptr);
+        if (packed.Data != nullptr) {
+            EXPECT_TRUE(IsInside(packed.Data) && IsInside(packed.Data + packed.Size - 1));
+            EXPECT_EQ(memcmp(packed.Data, from.Data, from.Size), 0);
+        }
+    }
+    // Entry by entry: key, name, bytes.
+    const PrinterRegistryEntry* packed = m_record->RegistryEntries;
+    EXPECT_LT(packed[0].Key, packed[0].ValueName);
+    EXPECT_LT(packed[0].ValueName, reinterpret_cast<LPSTR>(packed[0].Data));
+    EXPECT_LT(reinterpret_cast<LPSTR>(packed[0].Data), packed[1].ValueName);
+    values.Empty();
+    ASSERT_EQ(Pack(), 0u);
+    EXPECT_EQ(m_record->RegistryEntryCount, 0u);
+    EXPECT_EQ(m_record->RegistryEntries, nullptr);
 }
 
 TEST_F(PrinterRecordTest, ProfilesAreAnArrayOfNames) {

@@ -6,6 +6,7 @@
 #include <iterator>
 
 #include "platform/simulated/operations.h"
+#include "platform/simulated/shares.h"
 #include "printer/effective_dev_mode.h"
 #include "printer/get_printer.h"
 #include "printer/printer_machine.h"
@@ -24,6 +25,7 @@ struct Written {
     DWORD command = 0;
     std::string printer;
     DWORD attributes = 0;
+    DWORD status = 0;
     LPDEVMODEA devMode = nullptr;
     DWORD number = 0;  ///< dwAction at level 7, the first timeout at level 5
     bool hasText = false;
@@ -65,6 +67,7 @@ class WatchedWrites {
             const auto& info = *reinterpret_cast<const PRINTER_INFO_2A*>(data);
             written.printer = info.pPrinterName != nullptr ? info.pPrinterName : "";
             written.attributes = info.Attributes;
+            written.status = info.Status;
             written.devMode = info.pDevMode;
             EXPECT_EQ(info.pServerName, nullptr);
             EXPECT_EQ(info.pParameters, nullptr);
@@ -126,9 +129,20 @@ INSTANTIATE_ON_EVERY_SYSTEM(SetPrinterOnEverySystem);
 TEST_P(SetPrinterOnEverySystem, SettingsAreWritten) {
     char comment[] = "on the second floor";
     char location[] = "room 2";
+    char share[] = "LASER";
+    char separator[] = "C:\\separator.txt";
+    std::string dataType = Is9x() ? "EMF" : "TEXT";
+    constexpr DWORD kOffline = 0x80;
+    WriteFileOn(Machine(), separator, "page");
     Record().pComment = comment;
     Record().pLocation = location;
+    Record().pShareName = share;
+    Record().pSepFile = separator;
+    Record().pDatatype = dataType.data();
     Record().Priority = 7;
+    Record().StartTime = 60;
+    Record().UntilTime = 120;
+    Record().Status = kOffline;
     Record().Attributes = PRINTER_ATTRIBUTE_LOCAL | PRINTER_ATTRIBUTE_DO_COMPLETE_FIRST;
     WatchedWrites watched;
     Test().TurnLogOn(1);
@@ -137,9 +151,15 @@ TEST_P(SetPrinterOnEverySystem, SettingsAreWritten) {
     ASSERT_THAT(watched.Levels(), ElementsAre(2));
     // The local bit is the spooler's own and is never written.
     EXPECT_EQ(watched.Writes()[0].attributes, DWORD{PRINTER_ATTRIBUTE_DO_COMPLETE_FIRST});
+    EXPECT_EQ(watched.Writes()[0].status, kOffline);
     const std::string key = std::string(kPrintersOn) + "\\P1";
     EXPECT_EQ(Machine().Registry().Text(key, "Description"), comment);
     EXPECT_EQ(Machine().Registry().Text(key, "Location"), location);
+    EXPECT_EQ(Machine().Registry().Text(key, "Share Name"), share);
+    EXPECT_EQ(Machine().Registry().Text(key, "Separator File"), separator);
+    EXPECT_EQ(Machine().Registry().Text(key, "Datatype"), dataType);
+    EXPECT_EQ(Machine().Registry().Number(key, "StartTime"), 60u);
+    EXPECT_EQ(Machine().Registry().Number(key, "UntilTime"), 120u);
     EXPECT_EQ(PrinterOn(Test(), "P1")->priority, 7u);
     EXPECT_EQ(Record().Attributes, DWORD{PRINTER_ATTRIBUTE_LOCAL | PRINTER_ATTRIBUTE_DO_COMPLETE_FIRST});
 }
@@ -180,7 +200,7 @@ TEST_P(SetPrinterOnEverySystem, RefusedSettingsAreLoggedOnly) {
     }
 }
 
-TEST_P(SetPrinterOnEverySystem, ValuesAreWritten) {
+TEST_P(SetPrinterOnEverySystem, ValuesAreWrittenBehindTheClosedPrinter) {
     std::string data = "abcd";
     PrinterRegistryEntry entry{
         nullptr, const_cast<LPSTR>("udpWidth"), reinterpret_cast<LPBYTE>(data.data()), REG_BINARY, 4, 0};
@@ -188,7 +208,15 @@ TEST_P(SetPrinterOnEverySystem, ValuesAreWritten) {
     Record().RegistryEntries = &entry;
     EXPECT_EQ(DoSetPrinter("P1", &Record()), 0u);
     EXPECT_EQ(ValueOn("udpWidth"), "abcd");
-    EXPECT_EQ(Test().TakeCallNames({"OpenPrinterA"}).size(), Is9x() ? 1u : 2u);
+    std::vector<std::string> calls = {"OpenPrinterA", "SetPrinterA", "ClosePrinter"};
+    if (Is9x()) {
+        calls.push_back("RegSetValueExA");
+    } else {
+        calls.insert(calls.end(), {"OpenPrinterA", IsNt4() ? "SetPrinterDataA" : "SetPrinterDataExA", "ClosePrinter"});
+    }
+    EXPECT_EQ(Test().TakeCallNames({"OpenPrinterA", "SetPrinterA", "ClosePrinter", "RegSetValueExA", "SetPrinterDataA",
+                                    "SetPrinterDataExA"}),
+              calls);
 }
 
 TEST_P(SetPrinterOnEverySystem, FailedValueIsLoggedAndEndsTheWork) {
@@ -282,8 +310,7 @@ TEST_P(SetPrinterOnEverySystem, RecordThatWasReadWritesBackUnchanged) {
     simulated::HeapFree(simulated::GetProcessHeap(), 0, record);
 }
 
-// ---- what belongs to a printer besides
-// --------------------------------------------------------------------------------
+// ---- what belongs to a printer besides ------------------------------------------------------------------------------
 
 TEST_P(SetPrinterOnEverySystem, WithoutARecordOfItsFamilyNothingIsDone) {
     PrinterShareRecord share{};
@@ -305,13 +332,17 @@ TEST_P(SetPrinterOnEverySystem, TimeoutsAreWrittenOnThe9xFamily) {
     share.DeviceNotSelectedTimeout = 1000;
     share.TransmissionRetryTimeout = 2000;
     Record().ShareRecord = &share;
+    Record().Attributes = PRINTER_ATTRIBUTE_LOCAL | PRINTER_ATTRIBUTE_QUEUED;
     WatchedWrites watched;
     EXPECT_EQ(ApplyPrinterExtras("P1", &Record()), 0u);
     if (!Is9x()) {
         EXPECT_THAT(watched.Levels(), IsEmpty());
         return;
     }
-    EXPECT_THAT(watched.Levels(), ElementsAre(5));
+    ASSERT_THAT(watched.Levels(), ElementsAre(5));
+    EXPECT_EQ(watched.Writes()[0].printer, "P1");
+    // Other than at level 2 the record's bits go out as they are.
+    EXPECT_EQ(watched.Writes()[0].attributes, Record().Attributes);
     EXPECT_EQ(PrinterOn(Test(), "P1")->notSelectedTimeout, 1000u);
     EXPECT_EQ(PrinterOn(Test(), "P1")->retryTimeout, 2000u);
     WatchedWrites::Fail(5, 1008);
@@ -353,6 +384,24 @@ TEST_F(SetPrinter, ShareIsAddedAndThenSet) {
                                               "SetSharePrinter9x() - Start", "SetSharePrinter9x() - End(0)"));
     EXPECT_THAT(Test().TakeCallNames({"NetShareAdd", "NetShareSetInfo", "SetPrinterA"}),
                 ElementsAre("NetShareAdd", "NetShareSetInfo", "SetPrinterA"));
+}
+
+TEST_F(SetPrinter, PasswordsComeByTheChangeUnderThePrintersShareName) {
+    StartWith("win98");
+    simulated::Shares shares(Machine());
+    ASSERT_EQ(shares.Add({"LASER", 1, 0, "", "P1", "", ""}), 0u);
+    char shareName[] = "LASER";
+    std::strcpy(m_share.NetName, "OTHER");
+    std::strcpy(m_share.Path, "P1");
+    std::strcpy(m_share.ReadWritePassword, "secret");
+    m_share.ShareType = 1;
+    Record().pShareName = shareName;
+    Record().ShareRecord = &m_share;
+    EXPECT_EQ(DoSetPrinter("P1", &Record()), 0u);
+    // The share that was added bears the share record's name, and that record's passwords are not in it.
+    ASSERT_TRUE(shares.Find("OTHER"));
+    EXPECT_EQ(shares.Find("OTHER")->readWritePassword, "");
+    EXPECT_EQ(shares.Find("LASER")->readWritePassword, "secret");
 }
 
 TEST_F(SetPrinter, FailedShareEndsTheRest) {
@@ -440,6 +489,20 @@ TEST_F(SetPrinter, PublishingIsWrittenWhenItDiffers) {
             EXPECT_EQ(watched.Writes()[0].number, oneCase.wanted);
             EXPECT_FALSE(watched.Writes()[0].hasText);
         }
+    }
+}
+
+TEST_F(SetPrinter, PublishingThatWasWrittenIsReadBack) {
+    StartWith("xp");
+    Record().SecurityRecord = &m_security;
+    for (DWORD action : {DWORD{DSPRINT_PUBLISH}, DWORD{DSPRINT_UNPUBLISH}}) {
+        m_security.PublishAction = action;
+        EXPECT_EQ(DoSetPrinter("P1", &Record()), 0u);
+        PrinterRecord* read = nullptr;
+        ASSERT_EQ(DoGetPrinter("P1", &read), 0u);
+        // A printer that isn't published has no object, and without one no action is told.
+        EXPECT_EQ(read->SecurityRecord->PublishAction, action == DSPRINT_PUBLISH ? action : 0u);
+        simulated::HeapFree(simulated::GetProcessHeap(), 0, read);
     }
 }
 

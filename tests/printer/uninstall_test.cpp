@@ -84,6 +84,29 @@ TEST_F(UninstallTest, FailedPrinterEndsTheWork) {
     }
 }
 
+TEST_F(UninstallTest, FailedPrinterOfThePrintUiRouteEndsTheWork) {
+    StartWith("xp");
+    faults::FailCall("LoadLibraryA", 1, ERROR_ACCESS_DENIED);
+    EXPECT_EQ(Uninstall(kDriver, 1), ERROR_ACCESS_DENIED);
+    EXPECT_THAT(PrintersOn(Test()), ElementsAre("P1"));
+    EXPECT_TRUE(IsDriverThere());
+    EXPECT_THAT(Test().TakeCallNames({"PrintUIEntryW", "EnumPrintersA", "EnumPrinterDriversA", "StartServiceA"}),
+                IsEmpty());
+}
+
+TEST_F(UninstallTest, FailedDriverOfThePrintUiRouteIsTheResultAndNothingFollows) {
+    // No code counts as done here: only the printer's step lets some pass.
+    for (DWORD code : {5u, 122u, 203u, 251u, 1008u}) {
+        StartWith("xp");
+        faults::FailCall("LoadLibraryA", 2, code);
+        EXPECT_EQ(Uninstall(kDriver, 1), code);
+        EXPECT_THAT(PrintersOn(Test()), IsEmpty());
+        EXPECT_TRUE(IsDriverThere());
+        EXPECT_THAT(Test().TakeCallNames({"PrintUIEntryW", "DeleteMonitorA", "DeleteFileA"}),
+                    ElementsAre("PrintUIEntryW"));
+    }
+}
+
 TEST_F(UninstallTest, FailedDriverIsTheResultAndThePrinterStaysGone) {
     for (DWORD code : {5u, 122u, 203u, 251u, 1008u}) {
         StartWith("xp");

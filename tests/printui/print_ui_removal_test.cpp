@@ -1,3 +1,5 @@
+#include <algorithm>
+
 #include "frame/log.h"
 #include "platform/simulated/services.h"
 #include "platform/simulated/spooler_connections.h"
@@ -15,6 +17,7 @@ using ::testing::ElementsAre;
 using ::testing::ElementsAreArray;
 using ::testing::HasSubstr;
 using ::testing::IsEmpty;
+using ::testing::StartsWith;
 
 constexpr char kPrinterStart[] = "DoDeletePrinterToPrintUI Start";
 constexpr char kPrinterEnd[] = "DoDeletePrinterToPrintUI End";
@@ -457,6 +460,27 @@ TEST_F(PrintUIDriverRemoval, LeavesMonitorAndMonitorFileWithoutTheFlag) {
     EXPECT_TRUE(HasMonitorFile());
 }
 
+TEST_F(PrintUIDriverRemoval, WithoutTheFlagGoesOnToAMonitorFileWithoutAName) {
+    PrintUIProbe probe(Test(), Deleting());
+    Test().TurnLogOn(2);
+    ForgetCalls(Test());
+    EXPECT_EQ(DeleteDriver(0), 0u);
+    EXPECT_THAT(
+        Test().TakeLog(),
+        ElementsAreArray(Lines({{kDriverStart},
+                                kVersionLines,
+                                RunLines(kDelete, 0),
+                                {HexLine(kDriverEnd, 0), "DeleteLanguageMonitor2k() Start(0)",
+                                 "DeleteLanguageMonitor2k() End(0)", "CDeleteDriverFile::DeleteDriverFiles() Start",
+                                 "DeleteMonitorFileNT() -  Start", "DeleteFile(C:\\WINDOWS\\system32\\) - (5)",
+                                 "DeleteFile(C:\\WINDOWS\\system32\\spool\\drivers\\W32X86\\) - (5)",
+                                 "DeleteMonitorFileNT() End(0)", "DeleteMonitorFile - () is deleted",
+                                 "CDeleteDriverFile::DeleteDriverFiles() End(0)", HexLine(kDriverEnd, 0)}})));
+    EXPECT_THAT(TakeCallsOf(Test(), {"DeleteFileA"}),
+                ElementsAre(StartsWith(R"(DeleteFileA("C:\\WINDOWS\\system32\\") = 0x0)"),
+                            StartsWith(R"(DeleteFileA("C:\\WINDOWS\\system32\\spool\\drivers\\W32X86\\") = 0x0)")));
+}
+
 TEST_F(PrintUIDriverRemoval, LeavesAMonitorThatAnotherDriverUses) {
     AddDriver("Borealis", "AURMON.DLL", "Aurora Monitor");
     PrintUIProbe probe(Test(), Deleting());
@@ -516,6 +540,12 @@ TEST_F(PrintUIDriverRemoval, DriverDirectoryThatCannotBeHadIsTheResult) {
     EXPECT_TRUE(HasMonitorFile());
 }
 
+TEST_F(PrintUIDriverRemoval, DriverDirectoryThatCannotBeHadIsTheResultWithoutTheFlagToo) {
+    PrintUIProbe probe(Test(), Deleting());
+    faults::FailCall("GetPrinterDriverDirectoryA", 1, 1722);
+    EXPECT_EQ(DeleteDriver(0), 1722u);
+}
+
 // ---- colour profiles of a driver ------------------------------------------------------------------------------------
 
 TEST_F(PrintUIDriverRemoval, ProfilesAreUninstalledBehindTheCommandAndAFailureEndsIt) {
@@ -558,6 +588,19 @@ TEST_F(PrintUIRemoval, SpoolerIsRestartedBeforeTheCommand) {
                                       "CloseServiceHandle", "LoadLibraryA"}),
                 ElementsAre("OpenSCManagerA", "OpenServiceA", "ControlService", "StartServiceA", "CloseServiceHandle",
                             "CloseServiceHandle", "LoadLibraryA"));
+}
+
+TEST_F(PrintUIRemoval, EndOfTheRestartIsLoggedBeforeTheServiceIsClosed) {
+    StopDependents();
+    PrintUIProbe probe(Test());
+    Test().TurnLogOn(1);
+    ForgetCalls(Test());
+    EXPECT_EQ(DeleteDriver(0, 1), 0u);
+    const std::vector<std::string> calls = Test().TakeCallNames({"StartServiceA", "WriteFile", "CloseServiceHandle"});
+    const auto started = std::ranges::find(calls, "StartServiceA");
+    ASSERT_GE(calls.end() - started, 4);
+    EXPECT_THAT(std::vector<std::string>(started, started + 4),
+                ElementsAre("StartServiceA", "WriteFile", "CloseServiceHandle", "CloseServiceHandle"));
 }
 
 TEST_F(PrintUIRemoval, ServiceIsOpenedWithTheUsualRights) {

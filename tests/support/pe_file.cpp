@@ -89,10 +89,15 @@ std::string MakeVersionBlock(const PeVersion& version) {
         Node("StringFileInfo", true, "", 0,
              {Node(Hexadecimal(version.language) + Hexadecimal(version.codePage), true, "", 0, texts)})};
     if (version.hasTranslation) {
-        std::string pair;
-        Put16(pair, version.language);
-        Put16(pair, version.codePage);
-        const std::string value = version.isTranslationEmpty ? std::string() : pair;
+        std::string value;
+        if (!version.isTranslationEmpty) {
+            Put16(value, version.language);
+            Put16(value, version.codePage);
+        }
+        for (const auto& [language, codePage] : version.otherTranslations) {
+            Put16(value, language);
+            Put16(value, codePage);
+        }
         children.push_back(Node("VarFileInfo", true, "", 0,
                                 {Node("Translation", false, value, static_cast<std::uint32_t>(value.size()), {})}));
     }

@@ -16,6 +16,8 @@ struct PeVersion {
     bool isTranslationEmpty = false;  ///< the value is there, without a pair in it
     unsigned language = 0x0409;
     unsigned codePage = 0x04B0;
+    /// Further pairs of language and code page, without texts.
+    std::vector<std::pair<unsigned, unsigned>> otherTranslations{};
 };
 
 /// A program file with a version resource.

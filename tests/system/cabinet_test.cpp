@@ -1,6 +1,8 @@
 // Cabinets unpacked by the table's slot.
 #include "system/cabinet.h"
 
+#include <new>
+
 #include "frame/pikel.h"
 #include "support/calls.h"
 #include "support/compressed_file.h"
@@ -11,10 +13,44 @@ namespace {
 using namespace testing_support;
 using ::testing::ElementsAre;
 
+/// What the system is asked for to unpack a cabinet.
+struct Walk {
+    std::string cabinet;
+    DWORD reserved = 0;
+    PSP_FILE_CALLBACK_A callback = nullptr;
+    PVOID context = nullptr;
+};
+
+/// The callback's answer about a file.
+struct Placed {
+    UINT answer = 0;
+    std::string target;
+};
+
 class Cabinet : public MachineTest {
   protected:
     void Put(const std::vector<std::pair<std::string, std::string>>& files) {
         WriteFileOn(Machine(), "C:\\a.cab", MakeCabinet(files));
+    }
+    static Walk WalkInto(LPCSTR folder) {
+        static Walk walk;
+        walk = {};
+        ReplacedOperations replaced;
+        replaced.table.SetupIterateCabinetA = [](PCSTR cabinet, DWORD reserved, PSP_FILE_CALLBACK_A callback,
+                                                 PVOID context) -> BOOL {
+            walk = {cabinet, reserved, callback, context};
+            return TRUE;
+        };
+        EXPECT_EQ(DoExtractCabFile("C:\\media\\a.cab", folder), 0u);
+        return walk;
+    }
+    /// Calls the walk's callback.
+    static Placed Place(const Walk& walk, LPCSTR name, UINT notification = SPFILENOTIFY_FILEINCABINET) {
+        FILE_IN_CABINET_INFO_A info{};
+        info.NameInCabinet = name;
+        const UINT answer = walk.callback(walk.context, notification, reinterpret_cast<UINT_PTR>(&info),
+                                          reinterpret_cast<UINT_PTR>(walk.cabinet.c_str()));
+        return {answer, info.FullTargetName};
     }
 };
 
@@ -31,6 +67,53 @@ TEST_F(Cabinet, FolderMayEndInABackslash) {
     Put({{"one.txt", "first"}});
     EXPECT_EQ(DoExtractCabFile("C:\\a.cab", "C:\\out\\"), 0u);
     EXPECT_EQ(ReadFileOn(Machine(), "C:\\out\\one.txt"), "first");
+    EXPECT_EQ(Place(WalkInto("C:\\out\\"), "one.txt").target, "C:\\out\\\\one.txt") << "and gets one all the same";
+}
+
+TEST_F(Cabinet, IsWalkedByTheSystemWithTheFolderAsContext) {
+    const Walk walk = WalkInto("C:\\out");
+    EXPECT_EQ(walk.cabinet, "C:\\media\\a.cab");
+    EXPECT_EQ(walk.reserved, 0u);
+    EXPECT_STREQ(static_cast<LPCSTR>(walk.context), "C:\\out");
+}
+
+TEST_F(Cabinet, FileIsPlacedByTheLowByteOfTheNotification) {
+    const Walk walk = WalkInto("C:\\out");
+    for (UINT notification : {0x11u, 0x111u, 0xFFFFFF11u}) {
+        const Placed placed = Place(walk, "sub\\a.txt", notification);
+        EXPECT_EQ(placed.answer, UINT{FILEOP_DOIT}) << notification;
+        EXPECT_EQ(placed.target, "C:\\out\\sub\\a.txt") << notification;
+    }
+    EXPECT_TRUE(Machine().Files().IsDirectory("C:\\out\\sub"));
+}
+
+TEST_F(Cabinet, OtherNotificationsAreAnsweredWith0AndNothingElse) {
+    const Walk walk = WalkInto("C:\\out");
+    Test().TakeCalls();
+    for (UINT notification : {0u, 1u, 0x10u, 0x12u, 0x13u, 0x110u, 0x1100u}) {
+        const Placed placed = Place(walk, "sub\\a.txt", notification);
+        EXPECT_EQ(placed.answer, 0u) << notification;
+        EXPECT_EQ(placed.target, "") << notification;
+    }
+    EXPECT_THAT(Test().TakeCalls(), ::testing::IsEmpty());
+}
+
+TEST_F(Cabinet, FileIsPlacedBesideTheCabinetWithoutAFolder) {
+    Walk walk = WalkInto("C:\\out");
+    walk.context = nullptr;
+    const Placed placed = Place(walk, "sub\\a.txt");
+    EXPECT_EQ(placed.answer, UINT{FILEOP_DOIT});
+    EXPECT_EQ(placed.target, "C:\\media\\sub\\a.txt");
+    EXPECT_TRUE(Machine().Files().IsDirectory("C:\\media\\sub"));
+}
+
+TEST_F(Cabinet, MemoryThatRunsOutWithinTheWalkEndsIt) {
+    Put({{"one.txt", "first"}});
+    ReplacedOperations replaced;
+    replaced.table.GetACP = []() -> UINT { throw std::bad_alloc(); };
+    EXPECT_EQ(Place(WalkInto("C:\\out"), "one.txt").answer, UINT{FILEOP_ABORT});
+    EXPECT_EQ(DoExtractCabFile("C:\\a.cab", "C:\\out"), DWORD{ERROR_NOT_ENOUGH_MEMORY});
+    EXPECT_FALSE(Machine().Files().Exists("C:\\out\\one.txt"));
 }
 
 TEST_F(Cabinet, ArgumentsAreRequired) {

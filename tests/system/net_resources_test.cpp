@@ -1,103 +1,27 @@
-// Browsing the network for shared printers.
+// Browsing the network for shared printers: the way of the 9x family, and the choice of the way.
 #include "system/net_resources.h"
 
+#include <algorithm>
 #include <cstring>
 
 #include "frame/os_identity.h"
-#include "platform/simulated/operations.h"
-#include "support/calls.h"
-#include "system/resource_list.h"
+#include "network_browse.h"
 
 namespace pikel {
 namespace {
 
 using namespace testing_support;
+using ::testing::AllOf;
 using ::testing::Each;
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
+using ::testing::Not;
 using ::testing::SizeIs;
 using ::testing::StartsWith;
 
-constexpr char kNetwork[] = "HKLM\\SOFTWARE\\Simulated Network";
-const std::vector<std::string> kBrowsingCalls = {"WNetGetProviderNameA", "WNetOpenEnumA",     "WNetEnumResourceA",
-                                                 "WNetCloseEnum",        "WNetGetLastErrorA", "EnumPrintersA"};
-
-/// A record as one text: usage kind|remote name|short name|comment|provider, with "-" for null.
-std::string TextOf(const NetResourceRecord& record) {
-    auto text = [](LPCSTR lpszText) { return std::string("|") + (lpszText == nullptr ? "-" : lpszText); };
-    char numbers[40];
-    std::snprintf(numbers, sizeof numbers, "0x%x %u", static_cast<unsigned>(record.Usage),
-                  static_cast<unsigned>(record.ResourceKind));
-    return numbers + text(record.RemoteName) + text(record.ShortName) + text(record.Comment) + text(record.Provider);
-}
-
-/// The answer of one browse.
-class Browse {
-  public:
-    explicit Browse(const NetResourceRecord* parent = nullptr) {
-        m_code = DoEnumNetResources(parent, &m_block, &m_count);
-    }
-    ~Browse() {
-        if (m_block != nullptr) {
-            EXPECT_TRUE(Platform().HeapFree(Platform().GetProcessHeap(), 0, m_block));
-        }
-    }
-    Browse(const Browse&) = delete;
-    Browse& operator=(const Browse&) = delete;
-
-    DWORD Code() const { return m_code; }
-    DWORD Count() const { return m_count; }
-    const NetResourceRecord* Block() const { return m_block; }
-    const NetResourceRecord* At(DWORD index) const { return &m_block[index]; }
-    std::vector<std::string> Texts() const {
-        std::vector<std::string> texts;
-        for (DWORD i = 0; i < m_count; ++i) {
-            texts.push_back(TextOf(m_block[i]));
-        }
-        return texts;
-    }
-
-  private:
-    NetResourceRecord* m_block = reinterpret_cast<NetResourceRecord*>(1);
-    DWORD m_count = 77;
-    DWORD m_code;
-};
-
-/// Parent with texts of its own.
-NetResourceRecord Node(DWORD usage, const char* remoteName, const char* provider = nullptr) {
-    NetResourceRecord record{};
-    record.Usage = usage;
-    record.RemoteName = const_cast<LPSTR>(remoteName);
-    record.Provider = const_cast<LPSTR>(provider);
-    return record;
-}
-
-class NetResources : public MachineTest {
+class NetResources : public NetworkBrowseTest {
   protected:
-    NetResources() : MachineTest("win98") {}
-    void SetText(const std::string& key, const char* name, const char* text) {
-        Machine().Registry().SetText(kNetwork + ("\\" + key), name, text);
-    }
-    void SetNumber(const std::string& key, const char* name, DWORD number) {
-        Machine().Registry().SetNumber(kNetwork + ("\\" + key), name, number);
-    }
-    void MakeNetwork() {
-        SetNumber("Providers\\LM", "NetType", WNNC_NET_LANMAN);
-        SetNumber("Providers\\NW", "NetType", WNNC_NET_NETWARE);
-        SetText("Servers\\ALPHA", "Domain", "SALES");
-        SetText("Servers\\ALPHA", "Comment", "first floor");
-        SetText("Servers\\ALPHA\\Laser", "Comment", "by the window");
-        SetNumber("Servers\\ALPHA\\Files", "Type", RESOURCETYPE_DISK);
-        SetNumber("Servers\\ALPHA\\Mixed", "Type", 3);
-        SetText("Servers\\BETA", "Domain", "DEVELOPMENT");
-        SetText("Servers\\TREE", "Provider", "NW");
-        SetText("Servers\\TREE\\Queue", "Comment", "");
-    }
-    /// Turns the log on and forgets the calls so far.
-    void Watch() {
-        Test().TurnLogOn(1);
-        ForgetCalls(Test());
-    }
+    NetResources() : NetworkBrowseTest("win98") {}
 };
 
 // ---- 9x family: the top -----------------------------------------------------------------------------------------
@@ -147,6 +71,24 @@ TEST_F(NetResources, TopPassesTheProviderAlone) {
     Browse top;
     EXPECT_EQ(top.Code(), 0u);
     EXPECT_THAT(s_asked, ElementsAre("LM", "NW"));
+}
+
+TEST_F(NetResources, TopHasRoomForAProvidersNameOf259Characters) {
+    static std::vector<std::string> s_asked;
+    s_asked.clear();
+    ReplacedOperations replaced;
+    replaced.table.WNetGetProviderNameA = [](DWORD, LPSTR name, LPDWORD size) -> DWORD {
+        std::memset(name, 'p', *size - 1);
+        name[*size - 1] = '\0';
+        return 0;
+    };
+    replaced.table.WNetOpenEnumA = [](DWORD, DWORD, DWORD, LPNETRESOURCEA resource, LPHANDLE) -> DWORD {
+        s_asked.push_back(resource->lpProvider);
+        return ERROR_NO_NETWORK;
+    };
+    Browse top;
+    EXPECT_EQ(top.Code(), 0u);
+    EXPECT_THAT(s_asked, ElementsAre(std::string(259, 'p'), std::string(259, 'p')));
 }
 
 TEST_F(NetResources, TopIsEmptyWithoutProviders) {
@@ -547,197 +489,6 @@ TEST_F(NetResourceBatch, LongNamesHaveAnEmptyShortName) {
     EXPECT_EQ(browse.At(1)->RemoteName, tooLong);
 }
 
-// ---- short names ------------------------------------------------------------------------------------------------
-
-struct ShortNameCase {
-    const char* name;
-    const char* given;
-    DWORD kind;
-    const char* shortName;
-};
-
-class ShortName : public NetResources, public ::testing::WithParamInterface<ShortNameCase> {};
-
-TEST_P(ShortName, IsTheDisplayPart) {
-    char shortName[260] = "####";
-    EXPECT_TRUE(GetShortName(GetParam().name, GetParam().given, GetParam().kind, shortName, sizeof shortName));
-    EXPECT_STREQ(shortName, GetParam().shortName);
-}
-
-INSTANTIATE_TEST_SUITE_P(
-    Names, ShortName,
-    ::testing::Values(ShortNameCase{"\\\\server\\queue", nullptr, 4, "queue"},
-                      ShortNameCase{"\\\\server\\queue", nullptr, 3, "server\\queue"},
-                      ShortNameCase{"\\\\server\\queue", nullptr, 1, "server\\queue"},
-                      ShortNameCase{"\\\\server\\queue", "given", 4, "queue"},
-                      ShortNameCase{"\\\\server", "given", 3, "given"}, ShortNameCase{"network", "given", 1, "given"},
-                      ShortNameCase{"network", "", 1, ""}, ShortNameCase{"network", nullptr, 1, "network"},
-                      ShortNameCase{"a\\\\b\\\\c", nullptr, 3, "c"}, ShortNameCase{"a\\b", nullptr, 3, "a\\b"},
-                      ShortNameCase{"\\\\\\x", nullptr, 3, "x"}, ShortNameCase{"x\\\\", nullptr, 3, ""},
-                      ShortNameCase{"Provider!SALES", nullptr, 2, "SALES"}, ShortNameCase{"a!b!c", "given", 2, "c"},
-                      ShortNameCase{"SALES", nullptr, 2, "SALES"}, ShortNameCase{"a!", nullptr, 2, ""},
-                      ShortNameCase{"queue", nullptr, 4, "queue"}, ShortNameCase{"a\\", nullptr, 4, ""},
-                      ShortNameCase{"\\\\s\\q", "given", 5, "\\\\s\\q"}, ShortNameCase{"a!b", nullptr, 6, "a!b"},
-                      ShortNameCase{"\\\\s\\q", nullptr, 0, "\\\\s\\q"}, ShortNameCase{"", nullptr, 4, ""}));
-
-TEST_F(NetResources, ShortNameNeedsNameAndRoom) {
-    char shortName[4] = "###";
-    EXPECT_FALSE(GetShortName(nullptr, "given", 1, shortName, sizeof shortName));
-    EXPECT_FALSE(GetShortName("name", "given", 1, nullptr, 4));
-    EXPECT_FALSE(GetShortName("name", "given", 1, shortName, 0));
-    EXPECT_STREQ(shortName, "###");
-    EXPECT_TRUE(GetShortName("abc", nullptr, 0, shortName, sizeof shortName));
-    EXPECT_STREQ(shortName, "abc");
-    EXPECT_TRUE(GetShortName("abcd", nullptr, 0, shortName, sizeof shortName));
-    EXPECT_STREQ(shortName, "");
-}
-
-TEST_F(NetResources, TrailByteOfADoubleByteCharacterSeparatesNothing) {
-    simulated::SystemDescription system = *simulated::FindSystem("win98");
-    system.codePage = 932;
-    TestMachine japanese(system);
-    char shortName[260];
-    // 0x95 0x5C is one character, whose trail byte is a backslash's.
-    EXPECT_TRUE(GetShortName("\\\\s\\q\x95\\x", nullptr, 4, shortName, sizeof shortName));
-    EXPECT_STREQ(shortName, "q\x95\\x");
-}
-
-// ---- the other systems ------------------------------------------------------------------------------------------
-
-class SpoolerBrowse : public NetResources {
-  protected:
-    SpoolerBrowse() { Start("xp"); }
-};
-
-TEST_F(SpoolerBrowse, EachLevelIsListedBelowItsParent) {
-    MakeNetwork();
-    Machine().Registry().SetText("HKLM\\SOFTWARE\\Simulated Network\\Servers\\ALPHA\\Laser", "Driver", "Tarvo 100");
-    Browse top;
-    EXPECT_EQ(top.Code(), 0u);
-    EXPECT_THAT(top.Texts(), ElementsAre("0x18000 1|Windows NT Local Print Providor|Windows NT Local Print Providor||-",
-                                         "0x18000 1|LM|LM||-", "0x18000 1|NW|NW||-"));
-    Browse network(top.At(1));
-    EXPECT_THAT(network.Texts(), ElementsAre("0x28000 2|LM!DEVELOPMENT|DEVELOPMENT||-", "0x28000 2|LM!SALES|SALES||-"));
-    Browse domain(network.At(1));
-    EXPECT_THAT(domain.Texts(), ElementsAre("0x48000 3|\\\\ALPHA|ALPHA|first floor|-"));
-    Browse server(domain.At(0));
-    EXPECT_THAT(server.Texts(), ElementsAre("0x800000 4|\\\\ALPHA\\Laser|Laser|by the window|-"));
-    Browse tree(top.At(2));
-    EXPECT_THAT(tree.Texts(), ElementsAre("0x48000 3|\\\\TREE|TREE||-"));
-}
-
-TEST_F(SpoolerBrowse, AsksTwiceAndLogsWhatItFinds) {
-    MakeNetwork();
-    const NetResourceRecord parent = Node(0, "\\\\ALPHA");
-    Watch();
-    Browse browse(&parent);
-    EXPECT_THAT(TakeCallsOf(Test(), kBrowsingCalls),
-                ElementsAre(StartsWith("EnumPrintersA(0x8, \"\\\\\\\\ALPHA\", 0x1, null, 0x0, &, &) = 0x0 failed"),
-                            StartsWith("EnumPrintersA(0x8, \"\\\\\\\\ALPHA\", 0x1, &, ")));
-    EXPECT_THAT(Test().TakeLog(),
-                ElementsAre("DoEnumNetResources Start", "Flags:8388608", "pComment:by the window",
-                            "pName:\\\\ALPHA\\Laser", "pDescription:\\\\ALPHA\\Laser,,", "DoEnumNetResources End:(0)"));
-}
-
-TEST_F(SpoolerBrowse, TopIsAskedForWithoutAName) {
-    Watch();
-    Browse top;
-    EXPECT_THAT(TakeCallsOf(Test(), kBrowsingCalls),
-                ElementsAre(StartsWith("EnumPrintersA(0x8, null, 0x1, null, 0x0, &, &)"),
-                            StartsWith("EnumPrintersA(0x8, null, 0x1, &, ")));
-}
-
-TEST_F(SpoolerBrowse, UsageOfTheParentDoesNotMatter) {
-    MakeNetwork();
-    const NetResourceRecord parent = Node(0, "LM");
-    Browse browse(&parent);
-    EXPECT_EQ(browse.Count(), 2u);
-}
-
-TEST_F(SpoolerBrowse, FailureGivesItsCode) {
-    const NetResourceRecord parent = Node(0, "\\\\NOBODY");
-    Watch();
-    Browse browse(&parent);
-    EXPECT_EQ(browse.Code(), ERROR_INVALID_NAME);
-    EXPECT_EQ(browse.Block(), nullptr);
-    EXPECT_EQ(browse.Count(), 0u);
-    EXPECT_THAT(Test().TakeLog(), ElementsAre("DoEnumNetResources Start", "DoEnumNetResources End:(123)"));
-    faults::FailCall("EnumPrintersA", 2, RPC_S_CALL_FAILED);
-    Browse second;
-    EXPECT_EQ(second.Code(), RPC_S_CALL_FAILED);
-}
-
-TEST_F(SpoolerBrowse, WithoutMemoryGives8) {
-    MakeNetwork();
-    for (std::size_t after : {0u, 1u, 2u}) {
-        Machine().Heap().FailAllocation(after, true);
-        Browse browse;
-        Machine().Heap().StopFailing();
-        EXPECT_EQ(browse.Code(), ERROR_NOT_ENOUGH_MEMORY) << after;
-        EXPECT_EQ(browse.Block(), nullptr);
-    }
-    EXPECT_EQ(Machine().Heap().OpenCount(simulated::BlockKind::Heap), 0u);
-}
-
-/// Answers of EnumPrintersA, in the place of the machine's.
-std::vector<PRINTER_INFO_1A> g_printers;
-
-BOOL WINAPI AnswerPrinters(DWORD, LPSTR, DWORD, LPBYTE bytes, DWORD size, LPDWORD needed, LPDWORD returned) {
-    *needed = static_cast<DWORD>(g_printers.size() * sizeof(PRINTER_INFO_1A));
-    if (size < *needed) {
-        Platform().SetLastError(ERROR_INSUFFICIENT_BUFFER);
-        return FALSE;
-    }
-    if (size != 0) {
-        std::memcpy(bytes, g_printers.data(), *needed);
-    }
-    *returned = static_cast<DWORD>(g_printers.size());
-    return TRUE;
-}
-
-TEST_F(SpoolerBrowse, FlagsDecideTheKindInOrder) {
-    ReplacedOperations replaced;
-    replaced.table.EnumPrintersA = &AnswerPrinters;
-    const std::vector<std::pair<DWORD, DWORD>> cases = {
-        {0x10000, 1},  {0xff0008, 1}, {0x20000, 2},  {0x860008, 2},   {0x40000, 3}, {0x840008, 3},
-        {0x800000, 4}, {0x800008, 4}, {0x8, 5},      {0x8008, 5},     {0, 4},       {1, 0},
-        {0x8000, 0},   {0x80000, 0},  {0x100000, 0}, {0x80000000, 0}, {0x2, 0},
-    };
-    g_printers.clear();
-    for (const auto& [flags, kind] : cases) {
-        g_printers.push_back({flags, nullptr, const_cast<LPSTR>("x"), nullptr});
-    }
-    Browse browse;
-    ASSERT_EQ(browse.Count(), cases.size());
-    for (DWORD i = 0; i < browse.Count(); ++i) {
-        EXPECT_EQ(browse.At(i)->ResourceKind, cases[i].second) << std::hex << cases[i].first;
-        EXPECT_EQ(browse.At(i)->Usage, cases[i].first);
-    }
-}
-
-TEST_F(SpoolerBrowse, NullTextsStayNull) {
-    ReplacedOperations replaced;
-    replaced.table.EnumPrintersA = &AnswerPrinters;
-    g_printers = {{0x10000, const_cast<LPSTR>("described"), nullptr, nullptr},
-                  {0x10000, nullptr, const_cast<LPSTR>("a\\\\b"), const_cast<LPSTR>("comment")}};
-    Watch();
-    Browse browse;
-    EXPECT_THAT(browse.Texts(), ElementsAre("0x10000 1|-|-|-|-", "0x10000 1|a\\\\b|b|comment|-"));
-    EXPECT_THAT(Test().TakeLog(),
-                ElementsAre("DoEnumNetResources Start", "Flags:65536", "pDescription:described", "Flags:65536",
-                            "pComment:comment", "pName:a\\\\b", "DoEnumNetResources End:(0)"));
-}
-
-TEST_F(SpoolerBrowse, NothingToListIsAnEmptyBlock) {
-    ReplacedOperations replaced;
-    replaced.table.EnumPrintersA = &AnswerPrinters;
-    g_printers.clear();
-    Browse browse;
-    EXPECT_EQ(browse.Code(), 0u);
-    EXPECT_EQ(browse.Count(), 0u);
-    EXPECT_NE(browse.Block(), nullptr);
-}
-
 // ---- every system -----------------------------------------------------------------------------------------------
 
 class NetResourcesOnEverySystem : public EverySystemTest {};
@@ -753,8 +504,18 @@ TEST_P(NetResourcesOnEverySystem, FamilyDecidesTheWay) {
     const NetResourceRecord parent = Node(2, "Microsoft Network", "Microsoft Network");
     Browse below(&parent);
     const std::vector<std::string> calls = Test().TakeCallNames(kBrowsingCalls);
-    ASSERT_THAT(calls, ::testing::Not(IsEmpty()));
+    ASSERT_THAT(calls, Not(IsEmpty()));
     EXPECT_THAT(calls, Each(StartsWith(is9x ? "WNet" : "EnumPrinters")));
+}
+
+TEST(NetResourcesOfTheLatest9x, FamilyDecidesTheWay) {
+    simulated::SystemDescription system = *simulated::FindSystem("winme");
+    system.minor = 91;  // no known version of the family
+    TestMachine test(system);
+    ForgetCalls(test);
+    Browse top;
+    EXPECT_EQ(top.Code(), 0u);
+    EXPECT_THAT(test.TakeCallNames(kBrowsingCalls), AllOf(Not(IsEmpty()), Each(StartsWith("WNet"))));
 }
 
 TEST_P(NetResourcesOnEverySystem, NullOutsAreRefused) {

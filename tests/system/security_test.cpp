@@ -35,8 +35,7 @@ void SetMembership(TestMachine& test, std::string_view membership) {
 // ---- administrators -------------------------------------------------------------------------------------------------
 
 const Lines kTokenCalls = {"GetCurrentProcess", "OpenProcessToken", "GetTokenInformation", "AllocateAndInitializeSid",
-                           "EqualSid",          "FreeSid",          "CloseHandle",         "HeapAlloc",
-                           "HeapFree"};
+                           "EqualSid",          "FreeSid",          "CloseHandle"};
 
 Lines AdministratorLog(DWORD result) {
     return {"IsAdministrators() - Start", "IsAdministrators() - End(" + std::to_string(result) + ")"};
@@ -97,6 +96,27 @@ TEST_F(Administrators, AskForTheTokenToBeRead) {
     ASSERT_EQ(calls.size(), 2u);
     EXPECT_THAT(calls[0], ::testing::HasSubstr(", 0x8, "));
     EXPECT_THAT(calls[1], ::testing::HasSubstr(", 0x2, 0x20, 0x220, 0x0, "));
+}
+
+TEST_F(Administrators, GiveUpTheSidThenTheGroupsAndThenTheToken) {
+    ForgetCalls(Test());
+    static Lines s_released;
+    s_released.clear();
+    ReplacedOperations replaced;
+    replaced.table.FreeSid = [](PSID sid) -> PVOID {
+        s_released.push_back("FreeSid");
+        return NativePlatform().FreeSid(sid);
+    };
+    replaced.table.HeapFree = [](HANDLE heap, DWORD flags, LPVOID block) -> BOOL {
+        s_released.push_back("HeapFree");
+        return NativePlatform().HeapFree(heap, flags, block);
+    };
+    replaced.table.CloseHandle = [](HANDLE handle) -> BOOL {
+        s_released.push_back("CloseHandle");
+        return NativePlatform().CloseHandle(handle);
+    };
+    EXPECT_EQ(IsAdministrators(), 1u);
+    EXPECT_THAT(s_released, ElementsAre("FreeSid", "HeapFree", "CloseHandle"));
 }
 
 TEST_F(Administrators, SystemWithoutTheCallCountsEverybody) {
@@ -473,6 +493,14 @@ TEST_F(DescriptorText, AllFourPartsAreAskedForWithAllRights) {
     TakeRightsAway(Test());
     EXPECT_EQ(GetStringSD("P1", sd), ERROR_ACCESS_DENIED);
     EXPECT_EQ(Set("P1", kText), ERROR_ACCESS_DENIED);
+}
+
+TEST_F(DescriptorText, IsConvertedByRevision1AndSetAtLevel3) {
+    ASSERT_EQ(Set("P1", kText), 0u);
+    const Lines calls = TakeCallsOf(Test(), {"ConvertStringSecurityDescriptorToSecurityDescriptorA", "SetPrinterA"});
+    ASSERT_EQ(calls.size(), 2u);
+    EXPECT_THAT(calls[0], ::testing::HasSubstr(std::string("A(\"") + kText + "\", 0x1, &, null)"));
+    EXPECT_THAT(calls[1], ::testing::HasSubstr(", 0x3, &, 0x0)"));
 }
 
 TEST_F(DescriptorText, AuditsComeThrough) {

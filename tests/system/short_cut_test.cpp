@@ -1,7 +1,7 @@
 // Shortcuts in the Start menu.
 #include "system/short_cut.h"
 
-#include <cstring>
+#include <utility>
 
 #include "platform/simulated/shell_link.h"
 #include "support/calls.h"
@@ -98,6 +98,15 @@ TEST_P(ShortCutOnEverySystem, LogsNothing) {
     DoCreateShortCut("Tarvo", "a.lnk", kTarget, kWorking);
     DoCreateShortCut(nullptr, "a.lnk", kTarget, kWorking);
     EXPECT_THAT(Test().TakeLog(), IsEmpty());
+}
+
+TEST(ShortCutOfTheLatest9x, FolderIsAskedForByFamily) {
+    simulated::SystemDescription system = *simulated::FindSystem("winme");
+    system.minor = 91;  // no known version of the family
+    TestMachine test(system);
+    ForgetCalls(test);
+    EXPECT_EQ(DoCreateShortCut("Tarvo", "a.lnk", kTarget, nullptr), 0u);
+    EXPECT_THAT(TakeCallsOf(test, {"SHGetFolderPathA"}), ElementsAre(StartsWith("SHGetFolderPathA(null, 0x2, ")));
 }
 
 // ---- the path ---------------------------------------------------------------------------------------------------
@@ -259,13 +268,41 @@ TEST_F(ShortCut, LinkThatCannotBeSavedGives1359) {
 
 // ---- the record -------------------------------------------------------------------------------------------------
 
-/// A link that notes what it is told, and refuses what a test says.
-class NotingLink final : public IShellLinkA, public IPersistFile {
+/// The file of a link. It notes what it is told, and refuses what a test says.
+class NotingFile final : public IPersistFile {
+  public:
+    HRESULT saveResult = S_OK;
+    int references = 0;
+
+    explicit NotingFile(std::vector<std::string>& notes) : m_notes(notes) {}
+    HRESULT WINAPI QueryInterface(REFIID, void**) override { return E_NOINTERFACE; }
+    ULONG WINAPI AddRef() override { return static_cast<ULONG>(++references); }
+    ULONG WINAPI Release() override {
+        m_notes.push_back("Release(file)");
+        return static_cast<ULONG>(--references);
+    }
+    HRESULT WINAPI GetClassID(CLSID*) override { return E_FAIL; }
+    HRESULT WINAPI IsDirty() override { return E_FAIL; }
+    HRESULT WINAPI Load(LPCWSTR, DWORD) override { return E_FAIL; }
+    HRESULT WINAPI Save(LPCWSTR path, BOOL remember) override {
+        m_notes.push_back("Save(" + simulated::FromWide(1252, path) + ", " + std::to_string(remember) + ")");
+        return saveResult;
+    }
+    HRESULT WINAPI SaveCompleted(LPCWSTR) override { return E_FAIL; }
+    HRESULT WINAPI GetCurFile(LPWSTR*) override { return E_FAIL; }
+
+  private:
+    std::vector<std::string>& m_notes;
+};
+
+/// The link itself, in the same way.
+class NotingLink final : public IShellLinkA {
   public:
     std::vector<std::string> notes;
+    NotingFile file{notes};
     bool hasFile = true;
+    HRESULT firstResult = S_OK;  ///< of the first try to make it
     HRESULT setResult = S_OK;
-    HRESULT saveResult = S_OK;
     int references = 1;
 
     HRESULT WINAPI QueryInterface(REFIID riid, void** object) override {
@@ -274,13 +311,13 @@ class NotingLink final : public IShellLinkA, public IPersistFile {
         if (!hasFile) {
             return E_NOINTERFACE;
         }
-        ++references;
-        *object = static_cast<IPersistFile*>(this);
+        file.AddRef();
+        *object = static_cast<IPersistFile*>(&file);
         return S_OK;
     }
     ULONG WINAPI AddRef() override { return static_cast<ULONG>(++references); }
     ULONG WINAPI Release() override {
-        notes.push_back("Release");
+        notes.push_back("Release(link)");
         return static_cast<ULONG>(--references);
     }
     HRESULT WINAPI GetPath(LPSTR, int, WIN32_FIND_DATAA*, DWORD) override { return E_FAIL; }
@@ -303,15 +340,6 @@ class NotingLink final : public IShellLinkA, public IPersistFile {
     HRESULT WINAPI SetRelativePath(LPCSTR, DWORD) override { return E_FAIL; }
     HRESULT WINAPI Resolve(HWND, DWORD) override { return E_FAIL; }
     HRESULT WINAPI SetPath(LPCSTR text) override { return Note("SetPath", text); }
-    HRESULT WINAPI GetClassID(CLSID*) override { return E_FAIL; }
-    HRESULT WINAPI IsDirty() override { return E_FAIL; }
-    HRESULT WINAPI Load(LPCWSTR, DWORD) override { return E_FAIL; }
-    HRESULT WINAPI Save(LPCWSTR path, BOOL remember) override {
-        notes.push_back("Save(" + simulated::FromWide(1252, path) + ", " + std::to_string(remember) + ")");
-        return saveResult;
-    }
-    HRESULT WINAPI SaveCompleted(LPCWSTR) override { return E_FAIL; }
-    HRESULT WINAPI GetCurFile(LPWSTR*) override { return E_FAIL; }
 
   private:
     HRESULT Note(const char* name, const std::string& text) {
@@ -330,18 +358,25 @@ class ShortcutWriting : public ShortCut {
             EXPECT_TRUE(riid == IID_IShellLinkA);
             EXPECT_EQ(outer, nullptr);
             EXPECT_EQ(context, DWORD{CLSCTX_INPROC_SERVER});
+            if (const HRESULT result = std::exchange(s_link->firstResult, S_OK); result != S_OK) {
+                return result;
+            }
             *object = static_cast<IShellLinkA*>(s_link);
             return S_OK;
         };
         m_record.LinkPath = "C:\\a.lnk";
         m_record.TargetPath = kTarget;
     }
-    ~ShortcutWriting() override { EXPECT_EQ(m_link.references, 0); }
+    ~ShortcutWriting() override {
+        EXPECT_EQ(m_link.references, 0);
+        EXPECT_EQ(m_link.file.references, 0);
+    }
     NotingLink& Link() { return m_link; }
     ShortcutRecord& Record() { return m_record; }
 
-  private:
     static NotingLink* s_link;
+
+  private:
     NotingLink m_link;
     ShortcutRecord m_record{};
     ReplacedOperations m_replaced;
@@ -355,23 +390,36 @@ TEST_F(ShortcutWriting, RecordWithEverythingSetsEverything) {
     Record().IconPath = "i";
     Record().IconIndex = -3;
     EXPECT_EQ(WriteShortcut(&Record()), 0u);
-    EXPECT_THAT(Link().notes, ElementsAre("QueryInterface(IPersistFile)", std::string("SetPath(") + kTarget + ")",
-                                          "SetDescription(d)", "SetWorkingDirectory(w)", "SetArguments(a)",
-                                          "SetIconLocation(i,-3)", "Save(C:\\a.lnk, 1)", "Release", "Release"));
+    EXPECT_THAT(Link().notes,
+                ElementsAre("QueryInterface(IPersistFile)", std::string("SetPath(") + kTarget + ")",
+                            "SetDescription(d)", "SetWorkingDirectory(w)", "SetArguments(a)", "SetIconLocation(i,-3)",
+                            "Save(C:\\a.lnk, 1)", "Release(file)", "Release(link)"));
+}
+
+TEST_F(ShortcutWriting, GivesUpFileAndLinkBeforeTheComThatItSetUp) {
+    Link().firstResult = CO_E_NOTINITIALIZED;
+    ReplacedOperations replaced;
+    replaced.table.CoUninitialize = [] {
+        s_link->notes.push_back("CoUninitialize");
+        NativePlatform().CoUninitialize();
+    };
+    EXPECT_EQ(WriteShortcut(&Record()), 0u);
+    EXPECT_THAT(Link().notes, ElementsAre("QueryInterface(IPersistFile)", HasSubstr("SetPath("), HasSubstr("Save("),
+                                          "Release(file)", "Release(link)", "CoUninitialize"));
 }
 
 TEST_F(ShortcutWriting, NullTextsAreLeftAlone) {
     EXPECT_EQ(WriteShortcut(&Record()), 0u);
     EXPECT_THAT(Link().notes, ElementsAre("QueryInterface(IPersistFile)", HasSubstr("SetPath("), HasSubstr("Save("),
-                                          "Release", "Release"));
+                                          "Release(file)", "Release(link)"));
 }
 
 TEST_F(ShortcutWriting, EmptyTextsAreSet) {
     Record().Description = Record().WorkingDirectory = Record().Arguments = "";
     EXPECT_EQ(WriteShortcut(&Record()), 0u);
-    EXPECT_THAT(Link().notes,
-                ElementsAre("QueryInterface(IPersistFile)", HasSubstr("SetPath("), "SetDescription()",
-                            "SetWorkingDirectory()", "SetArguments()", HasSubstr("Save("), "Release", "Release"));
+    EXPECT_THAT(Link().notes, ElementsAre("QueryInterface(IPersistFile)", HasSubstr("SetPath("), "SetDescription()",
+                                          "SetWorkingDirectory()", "SetArguments()", HasSubstr("Save("),
+                                          "Release(file)", "Release(link)"));
 }
 
 TEST_F(ShortcutWriting, IconNumber0LeavesTheIconAlone) {
@@ -395,14 +443,14 @@ TEST_F(ShortcutWriting, PropertiesThatAreRefusedDoNotMatter) {
 TEST_F(ShortcutWriting, LinkThatHasNoFileGives1359) {
     Link().hasFile = false;
     EXPECT_EQ(WriteShortcut(&Record()), ERROR_INTERNAL_ERROR);
-    EXPECT_THAT(Link().notes, ElementsAre("QueryInterface(IPersistFile)", "Release"));
+    EXPECT_THAT(Link().notes, ElementsAre("QueryInterface(IPersistFile)", "Release(link)"));
 }
 
 TEST_F(ShortcutWriting, OutcomeOfTheSaveDecides) {
-    Link().saveResult = E_FAIL;
+    Link().file.saveResult = E_FAIL;
     EXPECT_EQ(WriteShortcut(&Record()), ERROR_INTERNAL_ERROR);
     Link().references = 1;
-    Link().saveResult = S_FALSE;
+    Link().file.saveResult = S_FALSE;
     EXPECT_EQ(WriteShortcut(&Record()), 0u);
 }
 

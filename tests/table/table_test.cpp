@@ -213,48 +213,94 @@ TEST_F(TableTest, SetEffectiveDevModeCarriesItsArgumentInTheStartLine) {
     EXPECT_EQ(Table().PI_KEL_SetEffectiveDevMode(1), 0u);
 }
 
-// Each slot with the zeros that its types allow: refused with its own prefix, between its own start and end lines.
+// Each slot from 3 on with the zeros that its types allow: a harmless call, and for most a refused one.
 template <class Result, class... Parameters>
 Result CallWithZeros(Result(WINAPI* operation)(Parameters...)) {
     return operation(Parameters{}...);
 }
 
-struct RefusedSlot {
+struct FramedSlot {
     const char* name;
-    DWORD prefix;
     DWORD (*call)();
+    DWORD answer;
+    const char* endFormat;
+    const char* start;
 };
-#define REFUSED_SLOT(operation, prefix)                                     \
-    RefusedSlot {                                                           \
-#operation, prefix, [] { return CallWithZeros(Table().operation); } \
+#define STARTING_SLOT(operation, start, answer)                                                       \
+    FramedSlot {                                                                                      \
+#operation, [] { return CallWithZeros(Table().operation); }, answer, "%s End:(0x%08x)", start \
     }
-const RefusedSlot kRefusedSlots[] = {
-    REFUSED_SLOT(PI_KEL_DeletePrinterDriver, 0x900f0000),
-    REFUSED_SLOT(PI_KEL_GetPrinter, 0x90010000),
-    REFUSED_SLOT(PI_KEL_SetPrinter, 0x90010000),
-    REFUSED_SLOT(PI_KEL_AddPrinter, 0x900e0000),
-    REFUSED_SLOT(PI_KEL_DeletePrinter, 0x90100000),
-    REFUSED_SLOT(PI_KEL_CreateShortCut, 0x90010000),
-    REFUSED_SLOT(PI_KEL_RunPrintUI, 0x90010000),
-    REFUSED_SLOT(PI_KEL_DeletePrinterWithoutShareReg, 0x90100000),
-    REFUSED_SLOT(PI_KEL_GetResourceStrFromPrintUI, 0x90010000),
-    REFUSED_SLOT(PI_KEL_InstallPrinterToPrintUI, 0x900d0000),
-    REFUSED_SLOT(PI_KEL_UninstallPrinter, 0x900d0000),
+#define STATUS_ANSWER(operation, answer) STARTING_SLOT(operation, #operation " Start", answer)
+#define VALUE_ANSWER(operation, answer)                                                                         \
+    FramedSlot {                                                                                                \
+#operation, [] { return CallWithZeros(Table().operation); }, answer, "%s End:(%d)", #operation " Start" \
+    }
+const FramedSlot kFramedSlots[] = {
+    STATUS_ANSWER(PI_KEL_AddPrinterDriver, 0x900d0057),
+    STATUS_ANSWER(PI_KEL_DeletePrinterDriver, 0x900f0057),
+    VALUE_ANSWER(PI_KEL_IsDriverFileLoaded, 0),
+    STATUS_ANSWER(PI_KEL_GetDriverFileVersion, 0x90010057),
+    VALUE_ANSWER(PI_KEL_CheckDriverFileVersion, 87),
+    STATUS_ANSWER(PI_KEL_GetInfInfo, 0x90120057),
+    STATUS_ANSWER(PI_KEL_GetDriverFileNameFromInf, 0x90120057),
+    STATUS_ANSWER(PI_KEL_CopyInfDriverFiles, 0x901b0057),
+    STATUS_ANSWER(PI_KEL_GetDriverListFromInf, 0x90120057),
+    STATUS_ANSWER(PI_KEL_InfFileCopy, 0x901b0057),
+    STATUS_ANSWER(PI_KEL_GetInstalledInfName, 0x90130057),
+    STATUS_ANSWER(PI_KEL_EnumNetResources, 0x90020057),
+    STATUS_ANSWER(PI_KEL_CreatePort, 0x900c0057),
+    STATUS_ANSWER(PI_KEL_GetPrinter, 0x90010057),
+    STATUS_ANSWER(PI_KEL_SetPrinter, 0x90010057),
+    STATUS_ANSWER(PI_KEL_AddPrinter, 0x900e0057),
+    STATUS_ANSWER(PI_KEL_DeletePrinter, 0x90100057),
+    VALUE_ANSWER(PI_KEL_IsAdministrators, 1),
+    STATUS_ANSWER(PI_KEL_CreateShortCut, 0x90010057),
+    STATUS_ANSWER(PI_KEL_ExtractCabFile, 0x90010057),
+    VALUE_ANSWER(PI_KEL_IsValidInfFile, 0),
+    STATUS_ANSWER(PI_KEL_GetInfOsVersion, 0x90010057),
+    STATUS_ANSWER(PI_KEL_CopyInfDriverFilesToLocal, 0x901b0057),
+    STATUS_ANSWER(PI_KEL_RunPrintUI, 0x90010057),
+    STATUS_ANSWER(PI_KEL_DeletePrinterWithoutShareReg, 0x90100057),
+    STATUS_ANSWER(PI_KEL_GetResourceStrFromPrintUI, 0x90010057),
+    STATUS_ANSWER(PI_KEL_InstallPrinterToPrintUI, 0x900d0057),
+    STATUS_ANSWER(PI_KEL_UninstallPrinter, 0x900d0057),
+    // Installers' log readers know this one by the start line of the local copy.
+    STARTING_SLOT(PI_KEL_CopyInfDriverFilesEx, "PI_KEL_CopyInfDriverFilesToLocal Start", 0x901b0057),
+    STATUS_ANSWER(PI_KEL_CopyDriverFileToHWIDFolder, 0x90010057),
+    STATUS_ANSWER(PI_KEL_ControlRegistory, 0x90010057),
+    STATUS_ANSWER(PI_KEL_SetDefaultPrinter, 0x90010057),
+    STATUS_ANSWER(PI_KEL_EnumDriverFiles, 0x90010057),
+    STATUS_ANSWER(PI_KEL_GetCustomizeInfo, 0x90010057),
+    STATUS_ANSWER(PI_KEL_GetCopyDriverFilesSize, 0x901b0057),
+    STARTING_SLOT(PI_KEL_SetEffectiveDevMode, "PI_KEL_SetEffectiveDevMode( 0 ) Start", 0),
+    STATUS_ANSWER(PI_KEL_CopyMonitorFile, 0x901b0057),
+    STATUS_ANSWER(PI_KEL_GetDefaultPrinter, 0x90010057),
+    STATUS_ANSWER(PI_KEL_IsDefaultPrinter, 0x90010057),
+    STATUS_ANSWER(PI_KEL_GetCATFileInfo, 0x90010057),
 };
 
-TEST_F(TableTest, ANullArgumentIsRefusedWithTheSlotsPrefix) {
-    for (const RefusedSlot& slot : kRefusedSlots) {
+/// A slot's log: its start line in front, behind all others its end line and a blank one.
+void ExpectFrame(const std::vector<std::string>& log, const std::string& start, const char* endFormat, const char* name,
+                 DWORD answer) {
+    ASSERT_GE(log.size(), 3u);
+    EXPECT_EQ(log.front(), start);
+    char end[96];
+    std::snprintf(end, sizeof end, endFormat, name, answer);
+    EXPECT_EQ(log[log.size() - 2], end);
+    EXPECT_EQ(log.back(), "");
+}
+
+TEST_F(TableTest, EverySlotStandsBetweenItsLinesAndBearsItsPrefix) {
+    ASSERT_EQ(std::size(kFramedSlots), kSlots.size() - 3);
+    for (std::size_t i = 0; i < std::size(kFramedSlots); ++i) {
+        const FramedSlot& slot = kFramedSlots[i];
+        SCOPED_TRACE(slot.name);
+        EXPECT_STREQ(slot.name, kSlots[i + 3].name);
         Test().TurnLogOn(1);
-        const DWORD status = slot.prefix | ERROR_INVALID_PARAMETER;
-        EXPECT_EQ(slot.call(), status) << slot.name;
-        const std::vector<std::string> log = Test().TakeLog();
-        ASSERT_GE(log.size(), 3u) << slot.name;
-        char end[96];
-        std::snprintf(end, sizeof end, "%s End:(0x%08x)", slot.name, status);
-        EXPECT_EQ(log.front(), std::string(slot.name) + " Start");
-        EXPECT_EQ(log[log.size() - 2], end);
-        EXPECT_EQ(log.back(), "");
+        EXPECT_EQ(slot.call(), slot.answer);
+        ExpectFrame(Test().TakeLog(), slot.start, slot.endFormat, slot.name, slot.answer);
     }
+    EXPECT_EQ(Table().PI_KEL_SetEffectiveDevMode(1), 0u);
 }
 
 TEST_F(TableTest, AdministratorsAreTestedAsAPlainValue) {
@@ -272,16 +318,20 @@ TEST_F(TableTest, TheNetworksTopIsABlockForTheCaller) {
     EXPECT_TRUE(Table().PI_KEL_FreeMemory(nodes));
 }
 
-TEST_F(TableTest, TheLocalCopyWithLocksStartsUnderTheNameOfThePlainLocalCopy) {
-    Test().TurnLogOn(1);
-    PiStatus status = Table().PI_KEL_CopyInfDriverFilesEx(nullptr, nullptr, 0, nullptr, nullptr, 0, 0, 0);
-    std::vector<std::string> log = Test().TakeLog();
-    ASSERT_GE(log.size(), 3u);
-    EXPECT_EQ(log.front(), "PI_KEL_CopyInfDriverFilesToLocal Start");
-    char end[64];
-    std::snprintf(end, sizeof end, "PI_KEL_CopyInfDriverFilesEx End:(0x%08x)", status);
-    EXPECT_EQ(log[log.size() - 2], end);
-    EXPECT_EQ(log.back(), "");
+TEST_F(TableTest, MainFileIsToldUnderItsOwnNameForEveryFlagButZero) {
+    constexpr char kInf[] = "C:\\aurora.inf";
+    WriteFileOn(Machine(), kInf,
+                "[Version]\r\nSignature=\"$Windows NT$\"\r\n[Manufacturer]\r\nNorthlight=NL\r\n"
+                "[NL]\r\n\"Aurora\"=AURORA,AuroraId\r\n"
+                "[AURORA]\r\nCopyFiles=FILES\r\nDriverFile=AURORA.DLL\r\n[FILES]\r\nAURORA.DLL,AURORA_RT.DLL\r\n"
+                "[DestinationDirs]\r\nDefaultDestDir=66000\r\n");
+    for (const auto& [flag, expected] :
+         {std::pair<DWORD, const char*>(0, "AURORA_RT.DLL"), {1, "AURORA.DLL"}, {2, "AURORA.DLL"}}) {
+        char name[32] = {};
+        DWORD size = sizeof name;
+        EXPECT_EQ(Table().PI_KEL_GetDriverFileNameFromInf(kInf, "Aurora", 3, 5, 1, flag, name, &size), 0u) << flag;
+        EXPECT_STREQ(name, expected) << flag;
+    }
 }
 
 TEST_F(TableTest, TheWholeCodeIsOredWithThePrefix) {
@@ -306,6 +356,52 @@ TEST_F(TableTest, NoExceptionLeavesTheTable) {
     EXPECT_EQ(Table().PI_KEL_GetDriverListFromInf("C:\\x.inf", 3, 5, 1, &list, &count), 0x90120008u);
     replaced.table.SetupOpenInfFileA = [](PCSTR, PCSTR, DWORD, PUINT) -> HINF { throw 1; };
     EXPECT_EQ(Table().PI_KEL_GetDriverListFromInf("C:\\x.inf", 3, 5, 1, &list, &count), 0x90120000u | 1359u);
+}
+
+struct ThrowingSlot {
+    const char* system;
+    const char* name;
+    void (*breakPlatform)(PlatformTable& table);
+    DWORD (*call)();
+    DWORD answer;
+};
+const ThrowingSlot kThrowingSlots[] = {
+    {"win98", "PI_KEL_IsDriverFileLoaded",
+     [](PlatformTable& table) {
+         table.EnumPrinterDriversA = [](LPSTR, LPSTR, DWORD, LPBYTE, DWORD, LPDWORD, LPDWORD) -> BOOL {
+             throw std::bad_alloc();
+         };
+     },
+     [] { return Table().PI_KEL_IsDriverFileLoaded("Aurora"); }, 0},
+    {"xp", "PI_KEL_CheckDriverFileVersion",
+     [](PlatformTable& table) {
+         table.GetFileVersionInfoSizeA = [](LPCSTR, LPDWORD) -> DWORD { throw std::bad_alloc(); };
+     },
+     [] { return Table().PI_KEL_CheckDriverFileVersion("C:\\a.dll", "1.0", nullptr, 0); }, 3},
+    {"xp", "PI_KEL_IsAdministrators",
+     [](PlatformTable& table) {
+         table.OpenProcessToken = [](HANDLE, DWORD, LPHANDLE) -> BOOL { throw std::bad_alloc(); };
+     },
+     [] { return Table().PI_KEL_IsAdministrators(); }, 0},
+    {"xp", "PI_KEL_IsValidInfFile",
+     [](PlatformTable& table) {
+         table.SetupOpenInfFileA = [](PCSTR, PCSTR, DWORD, PUINT) -> HINF { throw std::bad_alloc(); };
+     },
+     [] { return Table().PI_KEL_IsValidInfFile("C:\\a.inf", nullptr, nullptr); }, 0},
+};
+
+TEST_F(TableTest, ValueThatCannotBeFoundOutIsNoCode) {
+    for (const ThrowingSlot& slot : kThrowingSlots) {
+        SCOPED_TRACE(slot.name);
+        Start(slot.system);
+        Test().TurnLogOn(1);
+        {
+            ReplacedOperations replaced;
+            slot.breakPlatform(replaced.table);
+            EXPECT_EQ(slot.call(), slot.answer);
+        }
+        ExpectFrame(Test().TakeLog(), std::string(slot.name) + " Start", "%s End:(%d)", slot.name, slot.answer);
+    }
 }
 
 class PrintUIRoute : public EverySystemTest {

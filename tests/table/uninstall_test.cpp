@@ -8,6 +8,7 @@
 
 #include "platform/simulated/operations.h"
 #include "support/sample_road.h"
+#include "support/spooler_setup.h"
 
 namespace pikel::testing_support {
 namespace {
@@ -16,8 +17,7 @@ namespace fs = std::filesystem;
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 
-// ---- what is on a machine
-// ---------------------------------------------------------------------------------------------
+// ---- what is on a machine -------------------------------------------------------------------------------------------
 
 /// Files by path with their bytes, registry values by key and name with their text, keys alone.
 using Inventory = std::map<std::string, std::string>;
@@ -82,8 +82,7 @@ std::vector<std::string> Differences(const Inventory& before, const Inventory& a
     return differences;
 }
 
-// ---- removal
-// ------------------------------------------------------------------------------------------------------------
+// ---- removal --------------------------------------------------------------------------------------------------------
 
 bool Is9x(std::string_view system) {
     return system.starts_with("win9") || system == "winme";
@@ -93,16 +92,16 @@ bool HasPrintUi(std::string_view system) {
 }
 
 /// Deletes the printer and its driver, with the profiles that the printer reports.
-PiStatus Uninstall(Road& road, bool printUi) {
+PiStatus Uninstall(Road& road, bool printUi, DWORD fileRemovalFlag = 1) {
     PrinterRecord* record = nullptr;
     EXPECT_EQ(InterfaceTable().PI_KEL_GetPrinter(kPrinter, &record), 0u);
     if (record == nullptr) {
         return ERROR_INVALID_DATA;
     }
     road.Test().TakeCalls();
-    const PiStatus status =
-        InterfaceTable().PI_KEL_UninstallPrinter(kPrinter, kModel, road.From().version, road.From().processor,
-                                                 record->ColorProfileCount, record->ColorProfiles, 1, printUi ? 1 : 0);
+    const PiStatus status = InterfaceTable().PI_KEL_UninstallPrinter(
+        kPrinter, kModel, road.From().version, road.From().processor, record->ColorProfileCount, record->ColorProfiles,
+        fileRemovalFlag, printUi ? 1 : 0);
     InterfaceTable().PI_KEL_FreeMemory(record);
     return status;
 }
@@ -127,8 +126,7 @@ class UninstallOnEverySystem : public ::testing::TestWithParam<std::string> {
 };
 INSTANTIATE_ON_EVERY_SYSTEM(UninstallOnEverySystem);
 
-// ---- what rightly stays
-// ---------------------------------------------------------------------------------------------------
+// ---- what rightly stays ---------------------------------------------------------------------------------------------
 
 /// A difference that a removal leaves: how its line begins, on which systems, and why.
 struct Stays {
@@ -227,8 +225,7 @@ TEST_P(UninstallOnEverySystem, DriverStaysWhileAnotherPrinterUsesIt) {
     EXPECT_EQ(drivers(), 0u);
 }
 
-// ---- the order of a removal
-// -------------------------------------------------------------------------------------------
+// ---- the order of a removal -----------------------------------------------------------------------------------------
 
 /// The calls that tell the order; a run of the same one counts once.
 const std::vector<std::string> kRemovalCalls = {"EnumPrintersA",
@@ -339,6 +336,36 @@ TEST(UninstallOrder, IsThatOfItsSystemAndRoute) {
         InstallDirectly(road);
         EXPECT_EQ(Uninstall(road, order.printUi), 0u);
         EXPECT_EQ(OrderOfCalls(road.Test()), UninstallOrder(order));
+    }
+}
+
+TEST(UninstallWithoutFileRemoval, KeepsTheMonitorOnThePrintUiRouteAlone) {
+    for (const OrderCase& order : kOrders) {
+        if (std::string_view(order.system) != "xp") {
+            continue;
+        }
+        SCOPED_TRACE(order.printUi ? "Print UI" : "direct");
+        Road road(order.system);
+        road.UsePort("LPT1:");
+        InstallDirectly(road);
+        const std::string monitor = road.Record()->MonitorInfo.pName;
+        const std::string file = road.Test()->System().systemDirectory + "\\" + road.Record()->MonitorInfo.pDLLName;
+        ASSERT_TRUE(IsMonitorRegistered(*road.Test(), monitor));
+        ASSERT_TRUE(road.Test()->Files().Exists(file));
+        EXPECT_EQ(Uninstall(road, order.printUi, 0), 0u);
+        // Restart and profiles don't go by the flag.
+        std::vector<std::string> expected = UninstallOrder(order);
+        std::vector<std::string> calls = OrderOfCalls(road.Test());
+        if (order.printUi) {
+            for (const char* left : {"EnumPrinterDriversA", "DeleteMonitorA", "DeleteFileA"}) {
+                std::erase(expected, left);
+            }
+            std::erase(calls, "DeleteFileA");  // of a file without a name, which the system refuses
+        }
+        EXPECT_EQ(calls, expected);
+        EXPECT_FALSE(IsDriverRegistered(*road.Test(), kModel));
+        EXPECT_EQ(IsMonitorRegistered(*road.Test(), monitor), order.printUi);
+        EXPECT_EQ(road.Test()->Files().Exists(file), order.printUi);
     }
 }
 

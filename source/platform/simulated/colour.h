@@ -28,8 +28,7 @@ class ColourProfiles {
     /// Copies a profile into the colour folder and registers it.
     /// @param profile  a path, or the name of a file in the colour folder or else in the own drivers' folder
     /// @return 87 for an empty name; 2 for a missing file; 2011 for a file that is no profile; 183 for a profile that
-    /// is
-    ///         installed; else what a file operation gave
+    ///         is installed; else what a file operation gave
     DWORD Install(std::string_view profile);
     /// @return 2016 for a profile that isn't installed; with deleteFile also what deleting the file gave
     DWORD Uninstall(std::string_view profile, bool deleteFile);

@@ -66,7 +66,11 @@ int Write(mspack_file* file, void* buffer, int bytes) {
     if (!open.isOutput || bytes < 0 || open.memory->output.size() + static_cast<std::size_t>(bytes) > kLargestFile) {
         return -1;
     }
-    open.memory->output.append(static_cast<const char*>(buffer), static_cast<std::size_t>(bytes));
+    try {
+        open.memory->output.append(static_cast<const char*>(buffer), static_cast<std::size_t>(bytes));
+    } catch (...) {
+        return -1;  // not through the library's frames
+    }
     return bytes;
 }
 
@@ -174,7 +178,9 @@ bool WalkCabinet(std::string_view bytes,
     if (decompressor == nullptr) {
         return false;
     }
-    mscabd_cabinet* cabinet = decompressor->open(decompressor.get(), kInput);
+    const auto close = [&](mscabd_cabinet* open) { decompressor->close(decompressor.get(), open); };
+    const std::unique_ptr<mscabd_cabinet, decltype(close)> cabinet(decompressor->open(decompressor.get(), kInput),
+                                                                   close);
     if (cabinet == nullptr) {
         return false;
     }
@@ -192,7 +198,6 @@ bool WalkCabinet(std::string_view bytes,
             break;
         }
     }
-    decompressor->close(decompressor.get(), cabinet);
     return true;
 }
 

@@ -71,12 +71,20 @@ UINT TypeOf(Compression compression) {
 class CabinetWalk {
   public:
     CabinetWalk(Machine& machine, const std::string& path, PSP_FILE_CALLBACK_A handler, PVOID context)
-        : m_machine(machine), m_path(path), m_handler(handler), m_context(context) {}
+        : m_machine(machine),
+          m_path(path),
+          m_folder(path, 0, path.find_last_of("\\/") + 1),
+          m_name(path, m_folder.size()),
+          m_handler(handler),
+          m_context(context) {}
 
     DWORD Code() const { return m_code; }
 
     /// Asks the program about a file and expands it where it says so. False ends the walk.
     bool Visit(const CabinetEntry& entry, const std::function<std::optional<std::string>()>& expand) {
+        if (!m_begun && !Begin()) {
+            return false;
+        }
         const UINT codePage = m_machine.System().codePage;
         const std::string name = entry.isUtf8 ? FromWide(codePage, ToWide(CP_UTF8, entry.name)) : entry.name;
         FILE_IN_CABINET_INFO_A info{};
@@ -86,7 +94,7 @@ class CabinetWalk {
         info.DosTime = entry.time;
         info.DosAttribs = entry.attributes & kOrdinaryAttributes;
         lastError = ERROR_SUCCESS;
-        const UINT answer = Ask(SPFILENOTIFY_FILEINCABINET, &info);
+        const UINT answer = Ask(SPFILENOTIFY_FILEINCABINET, &info, reinterpret_cast<UINT_PTR>(m_path.c_str()));
         if (answer == FILEOP_DOIT) {
             info.FullTargetName[sizeof info.FullTargetName - 1] = '\0';
             return Place(info.FullTargetName, expand());
@@ -98,9 +106,21 @@ class CabinetWalk {
     }
 
   private:
-    UINT Ask(UINT notification, FILE_IN_CABINET_INFO_A* info) {
-        return m_handler(m_context, notification, reinterpret_cast<UINT_PTR>(info),
-                         reinterpret_cast<UINT_PTR>(m_path.c_str()));
+    /// Tells the program of the cabinet. False ends the walk.
+    bool Begin() {
+        m_begun = true;
+        const CABINET_INFO_A info = {m_folder.c_str(), m_name.c_str(), "", 0, 0};
+        return Goes(Ask(SPFILENOTIFY_CABINETINFO, &info, 0));
+    }
+
+    UINT Ask(UINT notification, const void* info, UINT_PTR second) {
+        return m_handler(m_context, notification, reinterpret_cast<UINT_PTR>(info), second);
+    }
+
+    /// The answer to what is only told: a code that ends the walk, or 0.
+    bool Goes(DWORD answer) {
+        m_code = answer;
+        return answer == ERROR_SUCCESS;
     }
 
     bool Place(const std::string& target, const std::optional<std::string>& bytes) {
@@ -115,14 +135,21 @@ class CabinetWalk {
             return false;
         }
         m_code = m_machine.Files().Write(target, *bytes);
-        return m_code == ERROR_SUCCESS;
+        if (m_code != ERROR_SUCCESS) {
+            return false;
+        }
+        const FILEPATHS_A paths = {target.c_str(), m_path.c_str(), ERROR_SUCCESS, 0};
+        return Goes(Ask(SPFILENOTIFY_FILEEXTRACTED, &paths, 0));
     }
 
     Machine& m_machine;
     const std::string& m_path;
+    const std::string m_folder;  ///< of the cabinet, with its backslash
+    const std::string m_name;    ///< of the cabinet, without its folder
     PSP_FILE_CALLBACK_A m_handler;
     PVOID m_context;
     DWORD m_code = ERROR_SUCCESS;
+    bool m_begun = false;
 };
 
 }  // namespace

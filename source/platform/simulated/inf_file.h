@@ -33,8 +33,7 @@ class InfFile {
     /// Reads the bytes of a file: UTF-16 or UTF-8 with their marks, UTF-16LE also without one, else text of the code
     /// page.
     /// @param error [out]  1006 for no bytes at all, 0xE0000000 for text before the first section, 0xE0000001 for a
-    /// section
-    ///                     name that isn't closed, 0xE0000002 for one that is too long
+    ///                     section name that isn't closed, 0xE0000002 for one that is too long
     /// @return null with an error
     static std::unique_ptr<InfFile> Parse(std::string bytes, UINT codePage, Error* error = nullptr);
 

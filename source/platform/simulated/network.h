@@ -2,7 +2,7 @@
 // part of the machine:
 //
 //   HKLM\SOFTWARE\Simulated Network\Providers\<name>           NetType  0x20000 LAN Manager (the default), 0x30000
-//   NetWare
+//                                                                       NetWare
 //                                                              Error    code of the provider's own with which each look
 //                                                                       at it fails; Error Text goes with it
 //   HKLM\SOFTWARE\Simulated Network\Servers\<server>           Domain, Comment, Provider

@@ -17,8 +17,7 @@ inline constexpr char kLocalPrintProvider[] = "Windows NT Local Print Providor";
 /// Answers an enumeration that browses.
 /// @param buffer  checked
 /// @return nothing when it asks for printers of this computer, or for what the network doesn't have; else 0, 122, or
-/// the
-///         code with which the network's provider fails
+///         the code with which the network's provider fails
 std::optional<DWORD> AnswerWithBrowseList(Machine& machine, DWORD flags, std::string_view name, DWORD level,
                                           const InfoBuffer& buffer);
 

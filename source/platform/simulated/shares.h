@@ -39,7 +39,7 @@ class Shares {
 
     std::optional<Share> Find(std::string_view name) const;
     /// @return 0; 123 for an impossible name; 87 for an unknown type; 2116 without a path; 2118 for a name that is
-    /// taken
+    ///         taken
     DWORD Add(const Share& share);
     /// Gives a share other settings. Its name and type stay. @return 0; 2310 for an unknown one; 2116 without a path
     DWORD Change(std::string_view name, const Share& share);

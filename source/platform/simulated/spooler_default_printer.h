@@ -3,8 +3,7 @@
 //   NT family   HKCU\Software\Microsoft\Windows NT\CurrentVersion: the value Device of the key Windows is
 //               "name,winspool,port", and each printer has a value in the keys Devices and PrinterPorts
 //   9x family   the bit PRINTER_ATTRIBUTE_DEFAULT of a printer's Attributes; win.ini repeats it as device= of
-//   [windows],
-//               and each printer has an entry in its sections [devices] and [PrinterPorts]
+//               [windows], and each printer has an entry in its sections [devices] and [PrinterPorts]
 #pragma once
 
 #include <string>

@@ -1,8 +1,7 @@
 // The spooler's ports.
 //
 //   local ports    NT family: values of Software\Microsoft\Windows NT\CurrentVersion\Ports; 9x family: section [ports]
-//   of
-//                  win.ini. Their monitor is "Local Port".
+//                  of win.ini. Their monitor is "Local Port".
 //   other ports    keys below Control\Print\Monitors\<monitor>\Ports
 #pragma once
 
