@@ -188,7 +188,7 @@ Sid AccountSid(const Machine& machine, DWORD number) {
 std::string PlainSidText(const Sid& sid) {
     std::string text = "S-1-";
     if (sid.authority > 0xFFFF'FFFF) {
-        char number[16];
+        char number[24];
         std::snprintf(number, sizeof number, "0x%012llX", static_cast<unsigned long long>(sid.authority));
         text += number;
     } else {
