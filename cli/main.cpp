@@ -23,7 +23,8 @@ void AddGlobalOptions(CLI::App& app, Session& session) {
     app.add_option("--machine", session.machineFolder,
                    "Folder of the simulated machine to work on; without it PIKEL_MACHINE");
     app.add_option("--trace", session.traceFile,
-                   "Append every platform call to this file; JSON lines when its name ends in .jsonl");
+                   "Append every platform call that the library makes to this file; JSON lines when its name ends in"
+                   " .jsonl. What the tool looks up itself, as in lists, is not in it");
 #endif
     app.require_subcommand(1);
     app.fallthrough();
