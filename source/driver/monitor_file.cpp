@@ -239,15 +239,15 @@ DWORD CopyMonitorFileNT(LPCSTR lpszFilePath, LPCSTR lpszFileList, LPDWORD pdwReb
     AnalyzeParameter(lpszFileList, items);
     std::string strSystemDirectory;
     DWORD dwStatus = ReadSystemDirectory(strSystemDirectory);
+    StoppedSpooler spooler;  // its handles are closed behind the last line
     if (dwStatus == 0) {
-        StoppedSpooler spooler;
         for (const std::string& strItem : items) {
             if (!CopyOneNT(MakePaths(lpszFilePath, strSystemDirectory, strItem), spooler, dwStatus)) {
                 break;
             }
         }
-        spooler.StartAgain();
     }
+    spooler.StartAgain();
     WriteLogDetail("CopyMonitorFileNT End(%d)", dwStatus);
     return dwStatus;
 }

@@ -1,8 +1,8 @@
 // A printer's share on the 9x family: kept by the network library and in a registry key of its own. The keys stand
 // below HKEY_LOCAL_MACHINE\SOFTWARE\Microsoft\Windows\CurrentVersion\Network\LanMan and bear the names of the shares.
 //
-// Each operation looks its function up in "svrapi.dll". Null arguments and a library or
-// function that isn't there end it without its end line; every other way has it.
+// Each operation looks its function up in "svrapi.dll". Null arguments and a library or function that isn't
+// there end it without its end line; every other way has it.
 #pragma once
 
 #include "frame/pikel.h"

@@ -337,6 +337,19 @@ TEST_F(MonitorFileNT, LogTellsOfEveryFile) {
                             "CopyFile() DstPath:C:\\WINNT\\system32\\c.dll", "End(0)"));
 }
 
+TEST_F(MonitorFileNT, ServiceIsClosedBehindTheLastLine) {
+    PutSource("a.dll", "2.0");
+    PutTarget("a.dll", "1.0");
+    Test().TurnLogOn();
+    ForgetCalls(Test());
+    EXPECT_EQ(Copy("a.dll/"), 0u);
+    const std::vector<std::string> calls = Test().TakeCallNames({"WriteFile", "CloseServiceHandle"});
+    ASSERT_GE(calls.size(), 4u);
+    EXPECT_THAT(std::vector<std::string>(calls.end() - 4, calls.end()),
+                ElementsAre("WriteFile", "CloseServiceHandle", "CloseServiceHandle", "WriteFile"))
+        << "between the ends of the routine and of the operation";
+}
+
 TEST_F(MonitorFileNT, OlderFileKeepsItsArchiveAttributeAlone) {
     PutSource("a.dll", "2.0");
     PutTarget("a.dll", "1.0");
