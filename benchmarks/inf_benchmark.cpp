@@ -5,7 +5,7 @@
 #include <string>
 
 #include "platform/owned.h"
-#include "platform/simulated/inf_file.h"
+#include "machine/inf/file.h"
 #include "support.h"
 
 namespace pikel {

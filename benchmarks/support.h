@@ -9,7 +9,7 @@
 #include <string>
 
 #include "frame/os_identity.h"
-#include "platform/simulated/machine.h"
+#include "machine/system/machine.h"
 
 namespace pikel::benchmarks {
 

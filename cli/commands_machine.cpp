@@ -16,8 +16,8 @@ void AddMachineCommands(CLI::App&, Session&) {}
 #else
 
 #include "platform/platform.h"
-#include "platform/simulated/machine.h"
-#include "platform/simulated/restart.h"
+#include "machine/system/machine.h"
+#include "machine/system/restart.h"
 #include "system_view.h"
 
 namespace pikel::cli {

@@ -5,7 +5,7 @@
 
 #include "frame/pikel.h"
 #include "platform/owned.h"
-#include "platform/simulated/text.h"
+#include "machine/base/text.h"
 
 namespace pikel::cli {
 

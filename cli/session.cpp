@@ -15,7 +15,7 @@
 #else
 #include <unistd.h>
 
-#include "platform/simulated/machine.h"
+#include "machine/system/machine.h"
 #endif
 
 namespace pikel::cli {

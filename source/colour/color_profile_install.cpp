@@ -5,7 +5,7 @@
 
 #include "colour/colour_library.h"
 #include "colour/profile_registry.h"
-#include "driver/look_ups.h"
+#include "spooler/look_ups.h"
 #include "frame/log.h"
 #include "frame/os_route.h"
 #include "frame/text.h"

@@ -12,7 +12,7 @@
 #include "frame/string_list.h"
 #include "frame/text.h"
 #include "platform/owned.h"
-#include "printer/spooler_read.h"
+#include "spooler/spooler_read.h"
 
 namespace pikel {
 

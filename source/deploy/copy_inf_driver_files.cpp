@@ -5,8 +5,8 @@
 #include <string_view>
 #include <vector>
 
-#include "InfFile/destination_dirs_section.h"
-#include "InfFile/inf_access.h"
+#include "inf/destination_dirs_section.h"
+#include "inf/inf_access.h"
 #include "frame/architecture.h"
 #include "frame/log.h"
 #include "frame/os_identity.h"

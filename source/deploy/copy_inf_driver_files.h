@@ -1,10 +1,10 @@
 // Copies all the files of one model to where its INF says, through the Setup API file queue.
 #pragma once
 
-#include "InfFile/install_section.h"
-#include "InfFile/manufacturer_section.h"
-#include "InfFile/models_section.h"
-#include "InfFile/version_section.h"
+#include "inf/install_section.h"
+#include "inf/manufacturer_section.h"
+#include "inf/models_section.h"
+#include "inf/version_section.h"
 #include "platform/types.h"
 
 namespace pikel {

@@ -1,7 +1,7 @@
 // Collects the files of one model.
 #include "deploy/copy_lists.h"
 
-#include "InfFile/inf_access.h"
+#include "inf/inf_access.h"
 #include "deploy/model_sections.h"
 #include "frame/pikel.h"
 

@@ -8,7 +8,7 @@
 #include <utility>
 #include <vector>
 
-#include "InfFile/inf_access.h"
+#include "inf/inf_access.h"
 #include "deploy/copy_lists.h"
 #include "deploy/expand_file.h"
 #include "frame/log.h"

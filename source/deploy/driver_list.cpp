@@ -1,9 +1,9 @@
 // The models that an INF offers to a system.
 #include "deploy/driver_list.h"
 
-#include "InfFile/inf_access.h"
-#include "InfFile/manufacturer_section.h"
-#include "InfFile/models_section.h"
+#include "inf/inf_access.h"
+#include "inf/manufacturer_section.h"
+#include "inf/models_section.h"
 #include "frame/log.h"
 #include "frame/packer.h"
 

@@ -4,13 +4,13 @@
 #include <string>
 #include <vector>
 
-#include "InfFile/inf_access.h"
+#include "inf/inf_access.h"
 #include "deploy/model_sections.h"
-#include "driver/look_ups.h"
+#include "spooler/look_ups.h"
 #include "frame/architecture.h"
 #include "frame/log.h"
 #include "frame/packer.h"
-#include "inf/dependent_files.h"
+#include "inf_store/dependent_files.h"
 #include "platform/owned.h"
 
 namespace pikel {

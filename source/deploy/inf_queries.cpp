@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "InfFile/inf_access.h"
+#include "inf/inf_access.h"
 #include "deploy/copy_lists.h"
 #include "deploy/model_sections.h"
 #include "frame/log.h"

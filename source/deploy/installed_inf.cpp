@@ -7,7 +7,7 @@
 #include "frame/log.h"
 #include "frame/os_identity.h"
 #include "frame/text.h"
-#include "inf/inf_search.h"
+#include "inf_store/search.h"
 #include "platform/owned.h"
 
 namespace pikel {

@@ -3,7 +3,7 @@
 
 #include <string>
 
-#include "InfFile/destination_dirs_section.h"
+#include "inf/destination_dirs_section.h"
 #include "deploy/copy_lists.h"
 #include "deploy/expand_file.h"
 #include "frame/architecture.h"

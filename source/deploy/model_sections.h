@@ -1,10 +1,10 @@
 // The sections of an INF that tell of one model, read together.
 #pragma once
 
-#include "InfFile/install_section.h"
-#include "InfFile/manufacturer_section.h"
-#include "InfFile/models_section.h"
-#include "InfFile/version_section.h"
+#include "inf/install_section.h"
+#include "inf/manufacturer_section.h"
+#include "inf/models_section.h"
+#include "inf/version_section.h"
 
 namespace pikel {
 

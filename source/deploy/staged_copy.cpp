@@ -4,11 +4,11 @@
 #include <string>
 #include <vector>
 
-#include "InfFile/destination_dirs_section.h"
+#include "inf/destination_dirs_section.h"
 #include "deploy/copy_lists.h"
 #include "deploy/expand_file.h"
 #include "driver/file_use.h"
-#include "driver/look_ups.h"
+#include "spooler/look_ups.h"
 #include "frame/architecture.h"
 #include "frame/log.h"
 #include "frame/os_identity.h"

@@ -5,9 +5,9 @@
 #include <vector>
 
 #include "colour/color_profile_install.h"
-#include "driver/driver_records.h"
+#include "spooler/driver_records.h"
 #include "driver/language_monitor.h"
-#include "driver/look_ups.h"
+#include "spooler/look_ups.h"
 #include "driver/spooler_service.h"
 #include "frame/architecture.h"
 #include "frame/log.h"

@@ -5,8 +5,8 @@
 
 #include "driver/delayed_replace.h"
 #include "driver/delete_printer_driver.h"
-#include "driver/driver_records.h"
-#include "driver/look_ups.h"
+#include "spooler/driver_records.h"
+#include "spooler/look_ups.h"
 #include "frame/architecture.h"
 #include "frame/log.h"
 #include "frame/os_identity.h"

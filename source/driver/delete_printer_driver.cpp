@@ -3,7 +3,7 @@
 
 #include "colour/color_profile_removal.h"
 #include "driver/delete_driver_file.h"
-#include "driver/driver_records.h"
+#include "spooler/driver_records.h"
 #include "driver/spooler_service.h"
 #include "frame/architecture.h"
 #include "frame/log.h"

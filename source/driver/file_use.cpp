@@ -6,8 +6,8 @@
 #include <string>
 #include <string_view>
 
-#include "driver/driver_records.h"
-#include "driver/look_ups.h"
+#include "spooler/driver_records.h"
+#include "spooler/look_ups.h"
 #include "frame/file_version.h"
 #include "frame/log.h"
 #include "frame/os_identity.h"

@@ -4,8 +4,8 @@
 #include <algorithm>
 #include <string>
 
-#include "driver/driver_records.h"
-#include "driver/look_ups.h"
+#include "spooler/driver_records.h"
+#include "spooler/look_ups.h"
 #include "frame/log.h"
 #include "frame/os_identity.h"
 #include "frame/path.h"

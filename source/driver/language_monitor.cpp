@@ -8,7 +8,7 @@
 #include "frame/os_identity.h"
 #include "frame/text.h"
 #include "platform/owned.h"
-#include "printer/spooler_read.h"
+#include "spooler/spooler_read.h"
 
 namespace pikel {
 

@@ -10,7 +10,7 @@
 #include "printer/effective_dev_mode.h"
 #include "printer/printer_connection.h"
 #include "printer/printer_pnp_data.h"
-#include "printer/spooler_read.h"
+#include "spooler/spooler_read.h"
 
 namespace pikel {
 namespace {

@@ -10,7 +10,7 @@
 #include "frame/log.h"
 #include "frame/os_route.h"
 #include "frame/text.h"
-#include "printer/spooler_read.h"
+#include "spooler/spooler_read.h"
 
 namespace pikel {
 namespace {

@@ -6,7 +6,7 @@
 #include "frame/os_route.h"
 #include "printer/printer_connection.h"
 #include "printer/share_registry.h"
-#include "printer/spooler_read.h"
+#include "spooler/spooler_read.h"
 
 namespace pikel {
 namespace {

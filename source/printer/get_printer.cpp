@@ -5,9 +5,9 @@
 #include "frame/log.h"
 #include "frame/os_identity.h"
 #include "printer/default_printer.h"
-#include "printer/printer_record.h"
+#include "spooler/printer_record.h"
 #include "printer/share_registry.h"
-#include "printer/spooler_read.h"
+#include "spooler/spooler_read.h"
 #include "system/security.h"
 
 namespace pikel {

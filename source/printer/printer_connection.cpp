@@ -3,7 +3,7 @@
 
 #include "frame/os_route.h"
 #include "frame/text.h"
-#include "printer/spooler_read.h"
+#include "spooler/spooler_read.h"
 
 namespace pikel {
 namespace {

@@ -4,8 +4,8 @@
 #include "frame/log.h"
 #include "frame/os_route.h"
 #include "frame/text.h"
-#include "printer/printer_data.h"
-#include "printer/spooler_read.h"
+#include "spooler/printer_data.h"
+#include "spooler/spooler_read.h"
 
 namespace pikel {
 namespace {

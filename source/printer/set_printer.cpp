@@ -5,9 +5,9 @@
 #include "frame/os_identity.h"
 #include "printer/effective_dev_mode.h"
 #include "printer/get_printer.h"
-#include "printer/printer_values.h"
+#include "spooler/printer_values.h"
 #include "printer/share_registry.h"
-#include "printer/spooler_read.h"
+#include "spooler/spooler_read.h"
 #include "system/security.h"
 
 namespace pikel {

@@ -9,7 +9,7 @@
 
 #include "frame/log.h"
 #include "platform/owned.h"
-#include "printer/spooler_read.h"
+#include "spooler/spooler_read.h"
 
 namespace pikel {
 namespace {

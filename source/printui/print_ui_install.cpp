@@ -4,7 +4,7 @@
 #include "frame/log.h"
 #include "frame/path.h"
 #include "frame/text.h"
-#include "printer/spooler_read.h"
+#include "spooler/spooler_read.h"
 #include "printui/command_line.h"
 #include "printui/print_ui_commands.h"
 

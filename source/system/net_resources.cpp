@@ -8,7 +8,7 @@
 
 #include "frame/log.h"
 #include "frame/os_identity.h"
-#include "printer/spooler_read.h"
+#include "spooler/spooler_read.h"
 #include "system/resource_list.h"
 
 namespace pikel {

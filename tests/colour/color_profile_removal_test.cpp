@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "icc_profile.h"
-#include "platform/simulated/colour.h"
+#include "machine/colour/colour.h"
 #include "support/calls.h"
 #include "support/spooler_setup.h"
 

@@ -2,7 +2,7 @@
 #include "deploy/staged_copy.h"
 
 #include "frame/pikel.h"
-#include "platform/simulated/restart.h"
+#include "machine/system/restart.h"
 #include "printer_inf.h"
 #include "support/calls.h"
 #include "support/pe_file.h"

@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "frame/log.h"
-#include "platform/simulated/services.h"
+#include "machine/services/services.h"
 #include "support/calls.h"
 
 namespace pikel {

@@ -1,6 +1,6 @@
 #include "driver/delayed_replace.h"
 
-#include "platform/simulated/restart.h"
+#include "machine/system/restart.h"
 #include "support/calls.h"
 
 namespace pikel {

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "platform/simulated/restart.h"
+#include "machine/system/restart.h"
 #include "support/calls.h"
 #include "support/spooler_setup.h"
 

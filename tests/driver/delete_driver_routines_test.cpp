@@ -4,7 +4,7 @@
 
 #include "driver/delete_driver_file.h"
 #include "driver/delete_printer_driver.h"
-#include "platform/simulated/services.h"
+#include "machine/services/services.h"
 #include "support/calls.h"
 #include "support/spooler_setup.h"
 

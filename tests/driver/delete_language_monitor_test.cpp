@@ -3,7 +3,7 @@
 #include <vector>
 
 #include "driver/delete_printer_driver.h"
-#include "platform/simulated/services.h"
+#include "machine/services/services.h"
 #include "support/calls.h"
 #include "support/spooler_setup.h"
 

@@ -2,8 +2,8 @@
 #include "driver/monitor_file.h"
 
 #include "frame/pikel.h"
-#include "platform/simulated/restart.h"
-#include "platform/simulated/services.h"
+#include "machine/system/restart.h"
+#include "machine/services/services.h"
 #include "support/calls.h"
 #include "support/pe_file.h"
 

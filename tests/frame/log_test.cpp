@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "platform/simulated/desktop.h"
+#include "machine/modules/desktop.h"
 #include "support/machine_test.h"
 
 namespace pikel {

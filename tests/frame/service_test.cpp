@@ -8,8 +8,8 @@
 #include <vector>
 
 #include "frame/log.h"
-#include "platform/simulated/desktop.h"
-#include "platform/simulated/services.h"
+#include "machine/modules/desktop.h"
+#include "machine/services/services.h"
 #include "support/machine_test.h"
 
 namespace pikel {

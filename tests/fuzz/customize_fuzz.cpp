@@ -5,8 +5,8 @@
 #include <cstring>
 #include <string_view>
 
-#include "InfFile/customize_field.h"
-#include "platform/simulated/machine.h"
+#include "inf/customize_field.h"
+#include "machine/system/machine.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     using namespace pikel;

@@ -4,7 +4,7 @@
 #include <cstdlib>
 #include <string>
 
-#include "platform/simulated/inf_file.h"
+#include "machine/inf/file.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     using pikel::simulated::InfFile;

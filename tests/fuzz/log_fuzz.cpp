@@ -5,8 +5,8 @@
 #include <string>
 
 #include "frame/log.h"
-#include "platform/simulated/desktop.h"
-#include "platform/simulated/machine.h"
+#include "machine/modules/desktop.h"
+#include "machine/system/machine.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     using namespace pikel;

@@ -6,8 +6,8 @@
 #include <cstring>
 #include <string>
 
-#include "platform/simulated/machine.h"
-#include "platform/simulated/print_ui_command.h"
+#include "machine/system/machine.h"
+#include "machine/printui/command.h"
 #include "printui/run_dll32.h"
 
 namespace {

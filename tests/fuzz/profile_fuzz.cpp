@@ -5,7 +5,7 @@
 #include <string>
 #include <string_view>
 
-#include "platform/simulated/profiles.h"
+#include "machine/registry/profiles.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     using pikel::simulated::ProfileText;

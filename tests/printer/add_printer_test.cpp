@@ -3,8 +3,8 @@
 
 #include <new>
 
-#include "platform/simulated/desktop.h"
-#include "platform/simulated/operations.h"
+#include "machine/modules/desktop.h"
+#include "machine/operations.h"
 #include "printer/effective_dev_mode.h"
 #include "printer/printer_machine.h"
 

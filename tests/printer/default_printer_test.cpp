@@ -4,8 +4,8 @@
 #include <array>
 #include <cstring>
 
-#include "platform/simulated/desktop.h"
-#include "platform/simulated/operations.h"
+#include "machine/modules/desktop.h"
+#include "machine/operations.h"
 #include "printer/printer_machine.h"
 
 namespace pikel {

@@ -3,9 +3,9 @@
 
 #include <cstring>
 
-#include "platform/simulated/desktop.h"
-#include "platform/simulated/operations.h"
-#include "platform/simulated/shares.h"
+#include "machine/modules/desktop.h"
+#include "machine/operations.h"
+#include "machine/network/shares.h"
 #include "printer/printer_machine.h"
 #include "printer/share_registry.h"
 

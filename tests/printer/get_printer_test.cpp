@@ -3,10 +3,10 @@
 
 #include <cstring>
 
-#include "platform/simulated/operations.h"
+#include "machine/operations.h"
 #include "printer/effective_dev_mode.h"
 #include "printer/printer_machine.h"
-#include "printer/printer_values.h"
+#include "spooler/printer_values.h"
 
 namespace pikel {
 namespace {

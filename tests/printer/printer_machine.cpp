@@ -1,6 +1,6 @@
 #include "printer/printer_machine.h"
 
-#include "platform/simulated/operations.h"
+#include "machine/operations.h"
 
 namespace pikel::testing_support {
 namespace {

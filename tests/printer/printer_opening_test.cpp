@@ -2,7 +2,7 @@
 #include "printer/default_printer.h"
 #include "printer/delete_printer.h"
 #include "printer/get_printer.h"
-#include "printer/printer_data.h"
+#include "spooler/printer_data.h"
 #include "printer/printer_machine.h"
 #include "printer/set_printer.h"
 

@@ -5,8 +5,8 @@
 #include <fstream>
 #include <iterator>
 
-#include "platform/simulated/operations.h"
-#include "platform/simulated/shares.h"
+#include "machine/operations.h"
+#include "machine/network/shares.h"
 #include "printer/effective_dev_mode.h"
 #include "printer/get_printer.h"
 #include "printer/printer_machine.h"

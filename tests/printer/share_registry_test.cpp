@@ -4,9 +4,9 @@
 #include <array>
 #include <cstring>
 
-#include "platform/simulated/desktop.h"
-#include "platform/simulated/operations.h"
-#include "platform/simulated/shares.h"
+#include "machine/modules/desktop.h"
+#include "machine/operations.h"
+#include "machine/network/shares.h"
 #include "printer/printer_machine.h"
 #include "support/calls.h"
 

@@ -1,10 +1,10 @@
 #include <algorithm>
 
 #include "frame/log.h"
-#include "platform/simulated/services.h"
-#include "platform/simulated/spooler_connections.h"
-#include "platform/simulated/spooler_monitors.h"
-#include "platform/simulated/spooler_printers.h"
+#include "machine/services/services.h"
+#include "machine/spooler/connections.h"
+#include "machine/spooler/monitors.h"
+#include "machine/spooler/printers.h"
 #include "print_ui_probe.h"
 #include "printui/print_ui_commands.h"
 

@@ -3,9 +3,9 @@
 #include <fstream>
 #include <iterator>
 
-#include "platform/simulated/spooler_drivers.h"
-#include "platform/simulated/spooler_monitors.h"
-#include "platform/simulated/spooler_printers.h"
+#include "machine/spooler/drivers.h"
+#include "machine/spooler/monitors.h"
+#include "machine/spooler/printers.h"
 #include "print_ui_probe.h"
 #include "printui/print_ui_commands.h"
 

@@ -7,9 +7,9 @@
 #include <string_view>
 #include <vector>
 
-#include "InfFile/inf_access.h"
+#include "inf/inf_access.h"
 #include "frame/log.h"
-#include "platform/simulated/text.h"
+#include "machine/base/text.h"
 #include "support/machine_test.h"
 
 namespace pikel::testing_support {

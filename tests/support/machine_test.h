@@ -14,7 +14,7 @@
 #include "platform/owned.h"
 #include "platform/shims/faults.h"
 #include "platform/shims/trace.h"
-#include "platform/simulated/machine.h"
+#include "machine/system/machine.h"
 
 namespace pikel::testing_support {
 

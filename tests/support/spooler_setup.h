@@ -6,9 +6,9 @@
 #include <utility>
 #include <vector>
 
-#include "platform/simulated/info_buffer.h"
-#include "platform/simulated/operations.h"
-#include "platform/simulated/spooler.h"
+#include "machine/base/info_buffer.h"
+#include "machine/operations.h"
+#include "machine/spooler/spooler.h"
 #include "support/machine_test.h"
 
 namespace pikel::testing_support {

@@ -4,9 +4,9 @@
 #include <algorithm>
 #include <cstring>
 
-#include "platform/simulated/spooler.h"
-#include "platform/simulated/spooler_printer_security.h"
-#include "platform/simulated/token.h"
+#include "machine/spooler/spooler.h"
+#include "machine/spooler/printer_security.h"
+#include "machine/security/token.h"
 #include "support/calls.h"
 
 namespace pikel {

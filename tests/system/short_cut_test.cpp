@@ -3,7 +3,7 @@
 
 #include <utility>
 
-#include "platform/simulated/shell_link.h"
+#include "machine/shell/shell_link.h"
 #include "support/calls.h"
 
 namespace pikel {

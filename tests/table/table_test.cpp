@@ -6,7 +6,7 @@
 #include "frame/log.h"
 #include "frame/os_identity.h"
 #include "frame/pikel.h"
-#include "platform/simulated/modules.h"
+#include "machine/modules/modules.h"
 #include "support/machine_test.h"
 
 namespace pikel::testing_support {

@@ -6,7 +6,7 @@
 #include <map>
 #include <sstream>
 
-#include "platform/simulated/operations.h"
+#include "machine/operations.h"
 #include "support/sample_road.h"
 #include "support/spooler_setup.h"
 

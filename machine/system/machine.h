@@ -1,0 +1,152 @@
+// A simulated Windows machine. It lives in a folder that a person can read, compare and copy:
+//
+//   machine.ini    the system's version fields, processor, computer name, code page, rights, restart pending
+//   registry.reg   the registry as text
+//   C/...          the system drive
+//
+// All state lies where Windows keeps it, so two copies of the folder can be compared with diff. What an operation has
+// done when it returns is on disk.
+#pragma once
+
+#include <filesystem>
+#include <memory>
+#include <span>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "machine/files/files.h"
+#include "machine/base/handles.h"
+#include "machine/base/heap.h"
+#include "machine/modules/modules.h"
+#include "machine/registry/registry.h"
+#include "machine/base/text.h"
+#include "platform/types.h"
+
+namespace pikel::simulated {
+
+class Services;
+class Desktop;
+
+/// Families in the order of their age. What a machine exports and does goes by this.
+enum class Generation { Win32s, Windows95, Windows98, WindowsMe, Nt3, Nt4, Windows2000, Xp, Vista, Other };
+
+/// The fields that describe a system, as machine.ini holds them.
+struct SystemDescription {
+    std::string name;  ///< "xp-x64"; any text for a machine described by hand
+    DWORD major = 0;
+    DWORD minor = 0;
+    DWORD build = 0;  ///< as GetVersionExA reports it; on the 9x family the high word repeats the version
+    DWORD platform = 0;
+    std::string servicePack;  ///< szCSDVersion
+    WORD servicePackMajor = 0;
+    WORD servicePackMinor = 0;
+    WORD suiteMask = 0;
+    BYTE productType = 0;
+    DWORD processorType = 586;     ///< dwProcessorType: 586, 2200 IA64, 8664 x64
+    std::string windowsDirectory;  ///< "C:\WINDOWS", "C:\WINNT"
+    std::string systemDirectory;
+    std::string computerName;
+    UINT codePage = 1252;
+    bool administrator = true;  ///< false: administrative calls give 5
+    bool restartPending = false;
+};
+
+/// The systems that `Machine::Create` knows by name, in the order in which they are listed to people.
+std::span<const SystemDescription> Systems();
+/// Null for an unknown name; names match without regard to case.
+const SystemDescription* FindSystem(std::string_view name);
+
+/// A machine folder that can't be made or read. The text names the file and says what to do.
+class MachineError : public std::runtime_error {
+  public:
+    using std::runtime_error::runtime_error;
+};
+
+class Machine {
+  public:
+    /// Makes a fresh machine in a folder that doesn't exist or is empty. Throws MachineError.
+    static std::unique_ptr<Machine> Create(const std::filesystem::path& folder, const SystemDescription& system);
+    /// Opens a machine. Throws MachineError when a file is missing or damaged; nothing is touched then.
+    static std::unique_ptr<Machine> Open(const std::filesystem::path& folder);
+    ~Machine();
+    Machine(const Machine&) = delete;
+    Machine& operator=(const Machine&) = delete;
+
+    const std::filesystem::path& Folder() const { return m_folder; }
+    const SystemDescription& System() const { return m_system; }
+    /// Writes machine.ini anew.
+    void SetSystem(const SystemDescription& system);
+    simulated::Generation Generation() const;
+    bool Is9x() const { return m_system.platform == VER_PLATFORM_WIN32_WINDOWS; }
+    /// The environment of the machine's own drivers: "Windows 4.0", "Windows NT x86", "Windows IA64", "Windows x64".
+    std::string_view Environment() const;
+    /// Full path of the library's module: "C:\Program Files\pikel\pikel.dll".
+    std::string_view ModulePath() const { return "C:\\Program Files\\pikel\\pikel.dll"; }
+
+    simulated::Files& Files() { return *m_files; }
+    simulated::Registry& Registry() { return *m_registry; }
+    simulated::Handles& Handles() { return *m_handles; }
+    simulated::Heap& Heap() { return *m_heap; }
+    simulated::Modules& Modules() { return *m_modules; }
+    simulated::Services& Services() { return *m_services; }
+    simulated::Desktop& Desktop() { return *m_desktop; }
+
+    /// Milliseconds since the machine was opened; Sleep adds to it and takes no time.
+    ULONGLONG Clock() const { return m_clock; }
+    void Advance(ULONGLONG milliseconds);
+    /// The machine's local time: fixed by a test, else the host's, plus Clock().
+    SYSTEMTIME LocalTime() const;
+    void SetLocalTime(const SYSTEMTIME& time);
+
+    /// Writes a changed registry to disk. Every operation that changes it calls this before it returns.
+    void Commit();
+    /// The same with a code: 0, or 1016 when registry.reg can't be written. The change waits for the next commit then.
+    DWORD TryCommit();
+    /// Rights of the machine's user on a registry key: 0, or 5. On the NT family only an administrator writes below
+    /// HKEY_LOCAL_MACHINE; Registry::Deny takes further rights away.
+    DWORD CheckAccess(std::string_view key, REGSAM access) const;
+
+  private:
+    Machine(std::filesystem::path folder, SystemDescription system);
+
+    std::filesystem::path m_folder;
+    SystemDescription m_system;
+    ULONGLONG m_clock = 0;
+    std::unique_ptr<SYSTEMTIME> m_localTime;
+    std::unique_ptr<simulated::Handles> m_handles;
+    std::unique_ptr<simulated::Heap> m_heap;
+    std::unique_ptr<simulated::Files> m_files;
+    std::unique_ptr<simulated::Registry> m_registry;
+    std::unique_ptr<simulated::Modules> m_modules;
+    std::unique_ptr<simulated::Services> m_services;
+    std::unique_ptr<simulated::Desktop> m_desktop;
+};
+
+/// The machine that the operations work on. Without one made current, the machine that PIKEL_MACHINE names is opened on
+/// first use, or else a private xp machine is made in a temporary folder that goes with the process. A PIKEL_MACHINE
+/// that can't be opened ends the process with the reason on standard error: working on another machine would be worse.
+/// PIKEL_MEDIUM names a folder that lies in that machine's drive D: (see Files::InsertMedium).
+Machine& Current();
+/// Makes a machine current; null goes back to the default. The caller keeps it alive.
+void Use(Machine* machine);
+
+/// Sets the last error and gives the value that the failing call returns.
+template <class Result>
+Result Fail(DWORD code, Result result);
+/// FALSE with a last error; TRUE for code 0, which leaves the last error as it is.
+BOOL Outcome(DWORD code);
+
+extern thread_local DWORD lastError;
+
+template <class Result>
+Result Fail(DWORD code, Result result) {
+    lastError = code;
+    return result;
+}
+inline BOOL Outcome(DWORD code) {
+    return code == 0 ? TRUE : Fail(code, FALSE);
+}
+
+}  // namespace pikel::simulated

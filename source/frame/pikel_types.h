@@ -1,0 +1,1 @@
+../platform/pikel_types.h
