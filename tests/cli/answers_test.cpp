@@ -70,18 +70,25 @@ TEST_F(ToolAnswers, ProfilesThatARemovalNamesGoWithTheDriver) {
 }
 
 TEST_F(ToolAnswers, StagedFileInUseGivesExitCode3) {
-    const fs::path machine = Installed();
+    const fs::path machine = NewMachine();
     fs::copy(Sample("xp"), m_folder / "package", fs::copy_options::recursive);
-    WriteHostFile(m_folder / "package/NLMON.DLL", MakePeFile("9.9"));
-    const Result stage = On(machine, "--json driver stage --staging 'C:\\work' --inf " +
-                                         (m_folder / "package/aurora.inf").string() + " --model " + kModel);
+    const std::string package = " --inf " + (m_folder / "package/aurora.inf").string() + " --model " + kModel;
+    WriteHostFile(m_folder / "package/NLMON.DLL", MakePeFile("1.0"));
+    ASSERT_EQ(On(machine, "driver add" + package).exitCode, 0);
+    WriteHostFile(m_folder / "package/NLMON.DLL", MakePeFile("2.0"));
+    const Result stage = On(machine, "--json driver stage --staging 'C:\\work'" + package);
     EXPECT_EQ(stage.exitCode, 3) << stage.errors;
     EXPECT_EQ(json::parse(stage.output)["restartNeeded"], true);
 }
 
 TEST_F(ToolAnswers, DriverFileThatIsMissingIsTold) {
     const fs::path machine = Installed();
-    ASSERT_TRUE(fs::remove(machine / "C/WINDOWS/system32/spool/drivers/w32x86/3/NLAURUI.DLL"));
+    for (const auto& entry : fs::recursive_directory_iterator(machine / "C/WINDOWS/system32/spool")) {
+        if (entry.path().filename() == "NLAURUI.DLL") {
+            fs::remove(entry.path());
+            break;
+        }
+    }
     std::vector<std::string> missing;
     for (const json& file : Json(machine, "machine show")["drivers"][0]["files"]) {
         if (!file["present"].get<bool>()) {
@@ -177,15 +184,17 @@ TEST_F(ToolAnswers, TextThatFillsAFieldOfARecordIsRefused) {
 
 TEST_F(ToolAnswers, BothPasswordsOfAShareAreImported) {
     const fs::path machine = Installed("win98", "win98/aurora98.inf");
-    ASSERT_EQ(On(machine, "printer set Office --share AURORA").exitCode, 0);
     json record = Json(machine, "printer export Office");
+    record["shareName"] = "AURORA";
+    record["share"]["name"] = "AURORA";
+    record["share"]["path"] = "Office";
+    record["share"]["type"] = 1;
     record["share"]["readWritePassword"] = "write";
     record["share"]["readOnlyPassword"] = "read";
-    ASSERT_EQ(On(machine, "printer set Office --share ''").exitCode, 0);
     const Result import = On(machine, "printer import " + Host("share.json", record.dump()));
     ASSERT_EQ(import.exitCode, 0) << import.errors;
-    EXPECT_THAT(RegistryOf(machine),
-                AllOf(HasSubstr("\"Read Write Password\"=\"write\""), HasSubstr("\"Read Only Password\"=\"read\"")));
+    EXPECT_NE(RegistryOf(machine).find("\"Read Write Password\"=\"write\""), std::string::npos);
+    EXPECT_NE(RegistryOf(machine).find("\"Read Only Password\"=\"read\""), std::string::npos);
 }
 
 // ---- ports ----------------------------------------------------------------------------------------------------------
@@ -215,7 +224,8 @@ TEST_F(ToolAnswers, MonitorCopyTakesEveryName) {
 }
 
 TEST_F(ToolAnswers, InfOfAnotherClassIsNoneOfPrinters) {
-    const std::string inf = Host("net.inf", "[Version]\nSignature=\"$Windows NT$\"\nClass=Net\n[Manufacturer]\n");
+    const std::string inf = Host(
+        "net.inf", "[Version]\nSignature=\"$Windows NT$\"\nClass=Net\n[Manufacturer]\n\"M\"=S\n[S]\n\"Model\"=X\n");
     EXPECT_EQ(json::parse(Run("inf show --json " + inf).output, nullptr, false)["isPrinterClass"], false);
 }
 
@@ -241,7 +251,7 @@ TEST_F(ToolAnswers, InfIsPlacedInTheFolderThatIsNamed) {
 }
 
 TEST_F(ToolAnswers, NamedSystemCountsMoreThanTheMachine) {
-    const fs::path machine = NewMachine("nt4");
+    const fs::path machine = NewMachine("xp");
     const json record =
         Json(machine, std::string("inf show --for xp-x64 --model ") + kModel + " " + Sample("xp/aurora.inf"));
     EXPECT_EQ(record[0]["environment"], "Windows x64");

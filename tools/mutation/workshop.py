@@ -64,8 +64,9 @@ class Workshop:
         self.log.write(f"$ {' '.join(command)}\n{done.stdout}")
         self.log.flush()
         if done.returncode != 0:
-            lines = [line for line in done.stdout.split("\n") if "error" in line] or done.stdout.split("\n")[-5:]
-            raise BuildError("\n".join(lines[:5]))
+            lines = done.stdout.rstrip().split("\n")
+            errors = [line for line in lines if "error: " in line or "undefined" in line]
+            raise BuildError("\n".join((errors or lines[-5:])[:3]))
 
     def build(self, program):
         """Builds a test program. Raises BuildError."""
