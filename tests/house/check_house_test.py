@@ -170,12 +170,21 @@ class Includes(MadeUpHouse):
 
     def test_the_library_may_not_know_the_machine_but_for_the_exempt_file(self):
         self.append("source/table/table.cpp", '#include "machine/files/files.h"\n')
-        self.assert_found("source/table/table.cpp:1: source/ may not use machine/files/files.h")
+        self.append("source/table/module.cpp", '#include "machine/base/text.h"\n')
+        self.assert_found("source/table/table.cpp:1: source/ may not use machine/files/files.h",
+                          "source/table/module.cpp:3: source/ may not use machine/base/text.h")
 
     def test_the_tool_may_use_what_it_is_given_alone(self):
         self.append("cli/main.cpp", '#include "frame/log.h"\n#include "machine/base/text.h"\n')
         self.assert_found("cli/main.cpp:4: cli/ may not use source/frame/log.h",
                           "cli/main.cpp:5: cli/ may not use machine/base/text.h")
+
+    def test_what_a_wing_may_use_is_a_whole_folder_not_the_beginning_of_a_name(self):
+        self.replace("tools/floors.txt", "2 files Files.", "2 files Files.\n2 files_of_old Older files.")
+        self.run_check("--write")
+        self.write("machine/files_of_old/old.h", "")
+        self.append("cli/view.h", '#include "machine/files_of_old/old.h"\n')
+        self.assert_found("cli/view.h:2: cli/ may not use machine/files_of_old/old.h")
 
     def test_an_include_that_leads_nowhere_is_found(self):
         self.append("source/inf/section.cpp", '#include "frame/gone.h"\n')
@@ -188,6 +197,11 @@ class Includes(MadeUpHouse):
     def test_includes_in_comments_are_none(self):
         self.append("source/inf/section.cpp", '/*\n#include "frame/gone.h"\n*/\n// #include "frame/gone.h"\n')
         self.assertEqual((0, "", ""), self.run_check())
+
+    def test_a_line_below_a_long_comment_is_told_by_its_number(self):
+        self.append("source/inf/section.cpp", '/* One,\n * two\n */\n#include "frame/gone.h"\nauto a = OpenPrinterA(name);\n')
+        self.assert_found('source/inf/section.cpp:8: "frame/gone.h" is nowhere',
+                          "source/inf/section.cpp:9: OpenPrinterA called without Platform()")
 
 
 class Circles(MadeUpHouse):
