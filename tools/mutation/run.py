@@ -1,5 +1,6 @@
 """Runs faults through the workshops."""
 
+import fcntl
 import hashlib
 import json
 import os
@@ -36,6 +37,15 @@ class State:
         self.catchers = data.get("catchers", {})
         self.programs = data.get("programs", {})
         self.tree = data.get("tree", "")
+
+    def claim(self):
+        """The copies and what is kept are one run's at a time. The lock goes with the process."""
+        self.folder.mkdir(parents=True, exist_ok=True)
+        self.claimed = open(self.folder / "lock", "w", encoding="utf-8")
+        try:
+            fcntl.flock(self.claimed, fcntl.LOCK_EX | fcntl.LOCK_NB)
+        except OSError:
+            raise RunError("another run is under way in this tree; wait for its end") from None
 
     def use_tree(self, digest):
         """What was measured of another tree says nothing of this one."""
@@ -141,6 +151,7 @@ class Runner:
 
 def run(root, state, faults, workers):
     """Plants every fault. Returns the outcomes; raises RunError."""
+    state.claim()
     files = tree_files(root)
     state.use_tree(digest_of(root, files))
     by_file = {}
