@@ -84,8 +84,8 @@ TEST_F(ToolAnswers, StagedFileInUseGivesExitCode3) {
 TEST_F(ToolAnswers, DriverFileThatIsMissingIsTold) {
     const fs::path machine = Installed();
     for (const auto& entry : fs::recursive_directory_iterator(machine / "C/WINDOWS/system32/spool")) {
-        if (entry.path().filename() == "NLAURUI.DLL") {
-            fs::remove(entry.path());
+        if (entry.path().parent_path().filename() == "3" && entry.path().filename() == "NLAURUI.DLL") {
+            EXPECT_TRUE(fs::remove(entry.path()));
             break;
         }
     }

@@ -189,9 +189,9 @@ class MutateTest(unittest.TestCase):
         outcome = self.run_fault(FakeWorkshop(set(), compiles=False))
         self.assertEqual((outcome.kind, outcome.text), ("error", "no such name"))
 
-    def test_a_program_that_fails_without_a_fault_ends_the_run(self):
-        with self.assertRaises(run.RunError):
-            self.run_fault(FakeWorkshop(set(), passes=False))
+    def test_a_program_that_fails_without_a_fault_tells_nothing(self):
+        outcome = self.run_fault(FakeWorkshop({("test_a", "")}, passes=False))
+        self.assertEqual((outcome.kind, outcome.text), ("error", "test_a fails without a fault: A.B"))
 
     def test_the_table_of_this_tree_matches_it(self):
         faults = table.read(ROOT)

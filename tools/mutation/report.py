@@ -42,7 +42,7 @@ def write(outcomes):
     stale = [outcome for outcome in outcomes if outcome.kind == "caught" and outcome.fault.survives]
     errors = [outcome for outcome in outcomes if outcome.kind == "error"]
     for title, found in (("survived:", survivors), ("listed as survivors, and caught:", stale),
-                         ("don't build:", errors)):
+                         ("can't be told:", errors)):
         if found:
             print(f"\n{title}")
         for outcome in found:

@@ -17,6 +17,10 @@ class RunError(Exception):
     """The run can't go on."""
 
 
+class ProgramError(Exception):
+    """A test program fails without a fault, and so can't tell anything."""
+
+
 @dataclass
 class Outcome:
     fault: Fault
@@ -48,10 +52,11 @@ class State:
             raise RunError("another run is under way in this tree; wait for its end") from None
 
     def use_tree(self, digest):
-        """What was measured of another tree says nothing of this one."""
+        """What was measured of another tree says nothing of this one, and a failure may have been a busy machine's."""
         if self.tree != digest:
-            self.tree = digest
             self.programs = {}
+        self.tree = digest
+        self.programs = {key: value for key, value in self.programs.items() if not isinstance(value, str)}
 
     def save(self):
         self.folder.mkdir(parents=True, exist_ok=True)
@@ -86,16 +91,17 @@ class Runner:
 
     def seconds_without_fault(self, workshop, program, test_filter):
         """Seconds that a program takes; it must pass, or it would catch everything. No fault is planted now."""
-        key = f"{program}:{test_filter}"
+        key = f"{program}:{test_filter}".rstrip(":")
         with self.measuring:
             if key not in self.state.programs:
                 workshop.build(program)
                 failed, seconds = workshop.test(program, test_filter, 1800)
-                if failed:
-                    raise RunError(f"{program} fails without a fault: {failed}")
-                self.state.programs[key] = round(seconds, 1)
-                print(f"{program} {test_filter}takes {seconds:.0f} s without a fault", flush=True)
-            return self.state.programs[key]
+                self.state.programs[key] = failed or round(seconds, 1)
+                print(f"{key} {f'fails: {failed}' if failed else f'takes {seconds:.0f} s'} without a fault", flush=True)
+        seconds = self.state.programs[key]
+        if isinstance(seconds, str):
+            raise ProgramError(f"{program} fails without a fault: {seconds}")
+        return seconds
 
     def try_programs(self, workshop, fault, limits):
         """(program, what failed) of the first program that notices, else None."""
@@ -115,17 +121,17 @@ class Runner:
     def run_fault(self, workshop, fault):
         started = time.monotonic()
         workshop.restore()
-        limits = {}
-        for test in fault.tests:
-            program, _, test_filter = test.partition(":")
-            limits[(program, test_filter)] = 60 + 5 * self.seconds_without_fault(workshop, program, test_filter)
         program = ""
         try:
+            limits = {}
+            for test in fault.tests:
+                program, _, test_filter = test.partition(":")
+                limits[(program, test_filter)] = 60 + 5 * self.seconds_without_fault(workshop, program, test_filter)
             workshop.plant(fault)
             noticed = self.try_programs(workshop, fault, limits)
             kind, text = ("caught", noticed[1]) if noticed else ("survived", "")
             program = noticed[0] if noticed else ""
-        except BuildError as error:
+        except (BuildError, ProgramError) as error:
             kind, text = "error", str(error)
         outcome = Outcome(fault, kind, text, time.monotonic() - started)
         self.outcomes.append(outcome)
