@@ -74,13 +74,15 @@ class Workshop:
 
     def plant(self, fault):
         path = self.tree / fault.file
-        path.write_text(fault.plant(path.read_text()))
-        self.planted = fault.file
+        text = path.read_text()
+        path.write_text(fault.plant(text))
+        self.planted = (path, text)
 
     def restore(self):
         """Takes the fault out. What was built from it is built anew with the next fault."""
         if self.planted:
-            shutil.copyfile(self.root / self.planted, self.tree / self.planted)
+            path, text = self.planted
+            path.write_text(text)
             self.planted = None
 
     def test(self, program, test_filter, timeout):
