@@ -15,7 +15,10 @@
 #else
 #include <unistd.h>
 
-#include "machine/system/machine.h"
+#include "machine/base/machine.h"
+#include "machine/files/files.h"
+#include "machine/base/text.h"
+#include "machine/system/systems.h"
 #endif
 
 namespace pikel::cli {
