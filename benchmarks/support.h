@@ -10,6 +10,7 @@
 
 #include "frame/os_identity.h"
 #include "machine/base/machine.h"
+#include "machine/files/files.h"
 #include "machine/system/systems.h"
 
 namespace pikel::benchmarks {

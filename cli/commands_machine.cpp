@@ -17,8 +17,8 @@ void AddMachineCommands(CLI::App&, Session&) {}
 
 #include "platform/platform.h"
 #include "machine/base/machine.h"
-#include "machine/system/restart.h"
 #include "machine/files/files.h"
+#include "machine/system/restart.h"
 #include "machine/system/systems.h"
 #include "system_view.h"
 

@@ -17,7 +17,6 @@
 
 #include "machine/base/machine.h"
 #include "machine/files/files.h"
-#include "machine/base/text.h"
 #include "machine/system/systems.h"
 #endif
 

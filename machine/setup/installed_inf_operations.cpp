@@ -17,6 +17,7 @@ namespace pikel::simulated {
 namespace {
 
 constexpr DWORD kNoAssociatedClass = 0xE0000200;
+
 /// Hands a text or a list out; for a null buffer its size alone.
 BOOL HandOut(std::string_view bytes, PSTR buffer, DWORD size, PDWORD required) {
     if (required != nullptr) {

@@ -79,16 +79,6 @@ TEST_F(DirectoryIds, AFolderMayEndInABackslash) {
     EXPECT_THAT(Targets("C:\\target\\sub"), ElementsAre("a.txt=aaa"));
 }
 
-TEST_F(DirectoryIds, ABackslashThatIsATrailByteIsNone) {
-    simulated::SystemDescription japanese = Machine().System();
-    japanese.codePage = 932;
-    Machine().SetSystem(japanese);
-    EXPECT_EQ(simulated::JoinPath(Machine(), "C:\\\x95\x5C", "a"), "C:\\\x95\x5C\\a");
-    EXPECT_EQ(simulated::JoinPath(Machine(), "C:\\x\\", "\\a"), "C:\\x\\a");
-    EXPECT_EQ(simulated::JoinPath(Machine(), "", "a"), "a");
-    EXPECT_EQ(simulated::JoinPath(Machine(), "C:\\x", ""), "C:\\x");
-}
-
 // ---- the system's own -----------------------------------------------------------------------------------------------
 
 struct PlaceCase {
