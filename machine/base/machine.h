@@ -7,9 +7,9 @@
 // All state lies where Windows keeps it, so two copies of the folder can be compared with diff. What an operation has
 // done when it returns is on disk.
 //
-// This room is the ground: the machine as every room sees it, its clock, heap, handles, last error and texts. The header
-// knows no room: who works with a machine's files or registry includes that room's header. system/machine.cpp joins the
-// rooms and holds the members.
+// This room is the ground: the machine as every room sees it, its clock, heap, handles, last error and texts. The
+// header knows no room: who works with a machine's files or registry includes that room's header. system/machine.cpp
+// joins the rooms and holds the members.
 #pragma once
 
 #include <filesystem>
