@@ -3,7 +3,7 @@
 
 #include <algorithm>
 
-#include "machine/system/machine.h"
+#include "machine/base/machine.h"
 #include "machine/base/text.h"
 
 namespace pikel::simulated {
@@ -101,6 +101,17 @@ MachinePath ParsePath(std::string_view path, const SystemDescription& system) {
     const std::string& folder = system.systemDirectory;
     const bool hasDrive = folder.size() >= 2 && IsLetter(folder[0]) && folder[1] == ':';
     return ParsePath(path, system.codePage, hasDrive ? static_cast<char>(folder[0] & ~0x20) : 'C');
+}
+
+std::string JoinPath(const Machine& machine, std::string_view folder, std::string_view rest) {
+    while (!rest.empty() && rest.front() == '\\' && !folder.empty()) {
+        rest.remove_prefix(1);
+    }
+    std::string path(folder);
+    if (!folder.empty() && !rest.empty() && !FileName(folder, machine.System().codePage).empty()) {
+        path += '\\';
+    }
+    return path.append(rest);
 }
 
 bool IsPattern(std::string_view text) {

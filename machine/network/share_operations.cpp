@@ -2,9 +2,10 @@
 #include <algorithm>
 #include <cstring>
 
-#include "machine/operations.h"
+#include "machine/base/names.h"
+#include "machine/base/text.h"
 #include "machine/network/shares.h"
-#include "machine/spooler/spooler.h"
+#include "machine/operations.h"
 
 namespace pikel::simulated {
 

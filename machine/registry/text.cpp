@@ -4,8 +4,9 @@
 #include <optional>
 #include <utility>
 
-#include "machine/registry/tree.h"
 #include "machine/base/text.h"
+#include "machine/registry/registry.h"
+#include "machine/registry/tree.h"
 
 namespace pikel::simulated {
 

@@ -6,7 +6,7 @@
 #include <cstdio>
 #include <cstring>
 
-#include "machine/system/machine.h"
+#include "machine/base/machine.h"
 
 namespace pikel::simulated {
 

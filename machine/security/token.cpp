@@ -1,6 +1,8 @@
 // The token of the machine's user.
 #include "machine/security/token.h"
 
+#include "machine/registry/registry.h"
+
 namespace pikel::simulated {
 
 namespace {

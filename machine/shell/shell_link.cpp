@@ -6,6 +6,9 @@
 #include <cstring>
 #include <memory>
 
+#include "machine/base/text.h"
+#include "machine/files/files.h"
+
 namespace pikel::simulated {
 
 namespace {

@@ -4,9 +4,10 @@
 #include <cstddef>
 #include <cstring>
 
-#include "machine/spooler/spooler.h"
+#include "machine/base/text.h"
 #include "machine/spooler/printer_security.h"
 #include "machine/spooler/publishing.h"
+#include "machine/spooler/spooler.h"
 #include "machine/spooler/user_dev_modes.h"
 
 namespace pikel::simulated {

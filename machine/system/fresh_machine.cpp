@@ -6,10 +6,10 @@
 #include <string>
 #include <vector>
 
-#include "machine/files/host_file.h"
-#include "machine/system/machine_ini.h"
-#include "machine/registry/registry.h"
 #include "machine/base/text.h"
+#include "machine/files/host_file.h"
+#include "machine/registry/registry.h"
+#include "machine/system/machine_ini.h"
 
 namespace pikel::simulated {
 
