@@ -10,9 +10,6 @@ namespace pikel::simulated {
 
 namespace {
 
-constexpr DWORD kErrorBadNetPath = 53;
-constexpr DWORD kErrorNameTooLong = 206;
-
 bool IsSeparator(char c) {
     return c == '\\' || c == '/';
 }
@@ -72,13 +69,13 @@ MachinePath ParsePath(std::string_view path, UINT codePage, char systemDrive) {
         return Refused(ERROR_PATH_NOT_FOUND);
     }
     if (path.size() >= MAX_PATH) {
-        return Refused(kErrorNameTooLong);
+        return Refused(ERROR_FILENAME_EXCED_RANGE);
     }
     // In UTF-8 no trail byte looks like a backslash.
     const std::string utf8 = ToUtf8(codePage, path);
     std::string_view rest = utf8;
     if (rest.size() >= 2 && IsSeparator(rest[0]) && IsSeparator(rest[1])) {
-        return Refused(kErrorBadNetPath);
+        return Refused(ERROR_BAD_NETPATH);
     }
     MachinePath parsed;
     parsed.drive = systemDrive;

@@ -14,7 +14,6 @@ namespace {
 
 constexpr DWORD kNotContainer = 1207;
 constexpr DWORD kUnknownProvider = 1204;
-constexpr DWORD kNoSuchComputer = 53;  // ERROR_BAD_NETPATH
 
 // ---- nodes ----------------------------------------------------------------------------------------------------------
 
@@ -91,13 +90,13 @@ DWORD CollectBelow(Machine& machine, const NetworkProvider& provider, std::strin
     if (name.starts_with("\\\\")) {
         const std::string server(name.substr(2));
         if (!network.HasServer(server)) {
-            return kNoSuchComputer;
+            return ERROR_BAD_NETPATH;
         }
         *nodes = ShareNodes(network, provider, server, type);
         return ERROR_SUCCESS;
     }
     AddServers(network, provider, name, nodes);
-    return nodes->empty() ? kNoSuchComputer : ERROR_SUCCESS;
+    return nodes->empty() ? ERROR_BAD_NETPATH : ERROR_SUCCESS;
 }
 
 }  // namespace

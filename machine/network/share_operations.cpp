@@ -12,14 +12,13 @@ namespace pikel::simulated {
 namespace {
 
 constexpr SHORT kLevel = 50;
-constexpr DWORD kNoSuchComputer = 53;  // ERROR_BAD_NETPATH
 
 /// Does the work of one call on the current machine; the calls know no other computer and one level.
 template <class Work>
 DWORD CallNetwork(LPCSTR server, SHORT level, Work work) {
     Machine& machine = Current();
     if (!IsThisComputer(machine, TextOf(server))) {
-        return kNoSuchComputer;
+        return ERROR_BAD_NETPATH;
     }
     if (level != kLevel) {
         return ERROR_INVALID_LEVEL;

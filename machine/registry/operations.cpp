@@ -64,10 +64,6 @@ LSTATUS CreateKeyAt(std::string path) {
     return CommitChange();
 }
 
-bool IsTextType(DWORD type) {
-    return type == REG_SZ || type == REG_EXPAND_SZ || type == REG_MULTI_SZ;
-}
-
 /// Hands a value's data out by the rules that a query and an enumeration share.
 LSTATUS HandOutData(const RegistryValue& value, LPDWORD type, LPBYTE data, LPDWORD size) {
     if (type != nullptr) {

@@ -8,7 +8,6 @@ namespace pikel::simulated {
 namespace {
 
 constexpr DWORD kUsers = 0x221;
-constexpr DWORD kAdministratorAccount = 500;
 constexpr DWORD kFirstUser = 1000;
 constexpr DWORD kMember = SE_GROUP_MANDATORY | SE_GROUP_ENABLED_BY_DEFAULT | SE_GROUP_ENABLED;
 

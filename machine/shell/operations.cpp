@@ -7,6 +7,7 @@
 #include "machine/files/files.h"
 #include "machine/operations.h"
 #include "machine/shell/known_folders.h"
+#include "machine/shell/result.h"
 
 namespace pikel::simulated {
 
@@ -28,10 +29,6 @@ std::string ItemText(UINT flags, LPCVOID item) {
 constexpr int kCreateFolder = 0x8000;  // CSIDL_FLAG_CREATE
 constexpr int kDontVerify = 0x4000;    // CSIDL_FLAG_DONT_VERIFY
 constexpr DWORD kDefaultPath = 1;      // SHGFP_TYPE_DEFAULT; users of the machine have not moved their folders
-
-HRESULT ResultOf(DWORD code) {
-    return code == ERROR_SUCCESS ? S_OK : static_cast<HRESULT>(0x80070000 | code);
-}
 
 }  // namespace
 

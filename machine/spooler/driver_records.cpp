@@ -3,6 +3,7 @@
 
 #include <cstring>
 
+#include "machine/base/info_buffer.h"
 #include "machine/base/machine.h"
 #include "machine/base/text.h"
 
@@ -17,14 +18,6 @@ bool HasLevel6(const Machine& machine) {
 }
 
 // ---- records of the caller ------------------------------------------------------------------------------------------
-
-/// The caller's record, which need not be aligned.
-template <class Info>
-Info Load(LPBYTE bytes) {
-    Info info;
-    std::memcpy(&info, bytes, sizeof info);
-    return info;
-}
 
 /// The fields of level 2, which the other levels begin with.
 template <class Info>
