@@ -4,8 +4,9 @@
 
 #include <cerrno>
 
+#include "machine/base/machine.h"
+#include "machine/base/text.h"
 #include "machine/files/state.h"
-#include "machine/system/machine.h"
 
 namespace pikel::simulated {
 

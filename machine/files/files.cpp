@@ -5,8 +5,9 @@
 
 #include <algorithm>
 
+#include "machine/base/machine.h"
+#include "machine/base/text.h"
 #include "machine/files/state.h"
-#include "machine/system/machine.h"
 
 namespace pikel::simulated {
 

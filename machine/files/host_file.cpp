@@ -7,7 +7,7 @@
 #include <memory>
 #include <system_error>
 
-#include "machine/system/machine.h"
+#include "machine/base/machine_error.h"
 
 namespace pikel::simulated {
 

@@ -21,7 +21,6 @@ constexpr std::int64_t kSecondsFrom1601To1970 = 11'644'473'600;
 constexpr DWORD kErrorTooManyOpenFiles = 4;
 constexpr DWORD kErrorNotSameDevice = 17;
 constexpr DWORD kErrorGeneralFailure = 31;
-constexpr DWORD kErrorNameTooLong = 206;
 constexpr DWORD kErrorIoDevice = 1117;
 
 }  // namespace
@@ -53,7 +52,7 @@ DWORD CodeOfErrno(int error) {
         case ENFILE:
             return kErrorTooManyOpenFiles;
         case ENAMETOOLONG:
-            return kErrorNameTooLong;
+            return ERROR_FILENAME_EXCED_RANGE;
         case EXDEV:
             return kErrorNotSameDevice;
         case ENOMEM:

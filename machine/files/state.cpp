@@ -7,7 +7,7 @@
 #include <algorithm>
 #include <cerrno>
 
-#include "machine/system/machine.h"
+#include "machine/base/machine.h"
 
 namespace pikel::simulated {
 

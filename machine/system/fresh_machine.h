@@ -2,15 +2,10 @@
 #pragma once
 
 #include <filesystem>
-#include <string_view>
 
-#include "machine/system/machine.h"
+#include "machine/base/system_description.h"
 
 namespace pikel::simulated {
-
-Generation GenerationOf(const SystemDescription& system);
-/// The environment of a system's own drivers.
-std::string_view EnvironmentOf(const SystemDescription& system);
 
 /// Puts drive, registry.reg and, as the last one, machine.ini into a folder that is there and empty. Throws
 /// MachineError and std::filesystem::filesystem_error.

@@ -1,3 +1,5 @@
+#include "machine/system/messages.h"
+
 #include <cstring>
 
 #include "support/machine_test.h"
