@@ -5,6 +5,7 @@ import hashlib
 import json
 import os
 import queue
+import signal
 import threading
 import time
 from dataclasses import dataclass
@@ -168,14 +169,23 @@ def run(root, state, faults, workers):
         waiting.put(group)
     runner = Runner(state, len(faults))
     jobs = max(1, (os.cpu_count() or 1) // workers)
-    threads = []
+    threads, workshops = [], []
     for number in range(1, workers + 1):
         workshop = Workshop(root, state.folder / str(number), jobs)
+        workshops.append(workshop)
         thread = threading.Thread(target=runner.work, args=(workshop, waiting, files), daemon=True)
         thread.start()
         threads.append(thread)
-    for thread in threads:
-        thread.join()
+    # A run in the background doesn't get the key that ends it, unless it asks for it.
+    for number in (signal.SIGINT, signal.SIGTERM):
+        signal.signal(number, signal.default_int_handler)
+    try:
+        for thread in threads:
+            thread.join()
+    except KeyboardInterrupt:
+        for workshop in workshops:
+            workshop.stop()
+        raise RunError("broken off") from None
     state.save()
     if isinstance(runner.broken, (RunError, BuildError)):
         raise RunError(str(runner.broken))

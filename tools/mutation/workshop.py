@@ -37,6 +37,7 @@ class Workshop:
         self.temporary = folder / "tmp"
         self.jobs = jobs
         self.planted = None
+        self.running = None
         self.temporary.mkdir(parents=True, exist_ok=True)
         self.log = open(folder / "build.log", "w", encoding="utf-8")
 
@@ -95,6 +96,7 @@ class Workshop:
         process = subprocess.Popen(command, cwd=self.tree, stdout=subprocess.PIPE, stderr=subprocess.STDOUT,
                                    stdin=subprocess.DEVNULL, env=os.environ | {"TMPDIR": str(self.temporary)},
                                    start_new_session=True, preexec_fn=limit_program)
+        self.running = process
         try:
             output = process.communicate(timeout=timeout)[0].decode(errors="replace")
             failed = None if process.returncode == 0 else first_failure(output, process.returncode)
@@ -104,6 +106,11 @@ class Workshop:
             end_group(process)
         self.clear_temporary()
         return failed, time.monotonic() - started
+
+    def stop(self):
+        """Ends the test program that runs now, for a run that is broken off."""
+        if self.running and self.running.poll() is None:
+            os.killpg(self.running.pid, signal.SIGKILL)
 
     def clear_temporary(self):
         shutil.rmtree(self.temporary, ignore_errors=True)
