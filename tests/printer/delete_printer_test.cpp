@@ -128,6 +128,12 @@ class DeletePrinter9xTest : public MachineTest {
     }
 };
 
+TEST_F(DeletePrinter9xTest, ShareGoesAheadOfItsPrinter) {
+    Share();
+    EXPECT_EQ(DoDeletePrinter("P1", 0, nullptr), 0u);
+    EXPECT_THAT(Test().TakeCallNames({"NetShareDel", "DeletePrinter"}), ElementsAre("NetShareDel", "DeletePrinter"));
+}
+
 TEST_F(DeletePrinter9xTest, ShareThatIsNotThereIsLoggedAndGoesNoFurther) {
     Share();
     Test().TurnLogOn(1);

@@ -33,7 +33,7 @@ class ReadRecord {
     bool IsThere() const { return m_record != nullptr; }
 
   private:
-    PrinterRecord* m_record = nullptr;
+    PrinterRecord* m_record = reinterpret_cast<PrinterRecord*>(1);  // a failure has to clear it
     DWORD m_code;
 };
 
