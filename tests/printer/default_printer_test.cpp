@@ -461,6 +461,13 @@ TEST_F(DefaultPrinterNT, SettingCallsCarryWhatIsExpected) {
                 Contains(::testing::StartsWith("SendMessageTimeoutA(0xffff, 0x1a, 0x0, 0x0, 0x0, 0x3e8, null)")));
 }
 
+TEST_F(DefaultPrinterNT, DeviceValueIsAskedForUnderTheSpoolersSpellingOfTheName) {
+    EXPECT_EQ(DoSetDefaultPrinter("p1"), 0u);
+    const std::vector<std::string> calls = Test().TakeCalls();
+    EXPECT_THAT(calls, Contains(::testing::ContainsRegex("RegQueryValueExA\\(0x[0-9a-f]+, \"P1\", null, &, &, &\\)")));
+    EXPECT_THAT(calls, Contains("WriteProfileStringA(\"windows\", \"device\", \"p1,winspool,Ne01:\") = 0x1"));
+}
+
 TEST_F(DefaultPrinterNT, SettingTellsEveryWindow) {
     EXPECT_EQ(DoSetDefaultPrinter("P1"), 0u);
     ASSERT_EQ(Machine().Desktop().sent.size(), 1u);
