@@ -2,7 +2,7 @@
 #include "table/uninstall.h"
 
 #include "machine/operations.h"
-#include "printer/printer_machine.h"
+#include "support/printer_machine.h"
 
 namespace pikel {
 namespace {
