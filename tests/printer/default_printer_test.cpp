@@ -6,7 +6,7 @@
 
 #include "machine/modules/desktop.h"
 #include "machine/operations.h"
-#include "printer/printer_machine.h"
+#include "support/printer_machine.h"
 
 namespace pikel {
 namespace {

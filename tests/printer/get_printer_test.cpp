@@ -5,7 +5,7 @@
 
 #include "machine/operations.h"
 #include "printer/effective_dev_mode.h"
-#include "printer/printer_machine.h"
+#include "support/printer_machine.h"
 #include "spooler/printer_values.h"
 
 namespace pikel {

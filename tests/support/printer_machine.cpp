@@ -1,4 +1,4 @@
-#include "printer/printer_machine.h"
+#include "support/printer_machine.h"
 
 #include "machine/operations.h"
 
