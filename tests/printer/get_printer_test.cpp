@@ -61,7 +61,7 @@ TEST_P(GetPrinterOnEverySystem, TellsLevel2AndWhatTheFamilyKeepsBesideIt) {
     ASSERT_EQ(record.Code(), 0u);
     EXPECT_STREQ(record->pPrinterName, "P1");
     EXPECT_STREQ(record->pDriverName, kDriver);
-    EXPECT_STREQ(record->pPortName, kPort);
+    EXPECT_STREQ(record->pPortName, kLocalPort);
     EXPECT_STREQ(record->pPrintProcessor, "winprint");
     EXPECT_EQ(record->pSecurityDescriptor, nullptr);
     EXPECT_NE(record->pDevMode, nullptr);

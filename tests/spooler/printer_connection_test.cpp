@@ -1,5 +1,5 @@
 // Telling a connection from a printer of the machine.
-#include "printer/printer_connection.h"
+#include "spooler/printer_connection.h"
 
 #include "support/printer_machine.h"
 
