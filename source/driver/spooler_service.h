@@ -5,6 +5,9 @@
 
 namespace pikel {
 
+/// Log format of a failed start, and of a failed restart where nothing else is told.
+inline constexpr char kServiceStartFailure[] = "Service(%s).Start Error(%d)";
+
 /// Does something with the spooler's service. Failures are logged and end nothing: the call that follows decides.
 /// @param handles      [out] the service; stays open
 /// @param pfnAction    Win32RestartService or Win32StartService

@@ -238,8 +238,9 @@ typedef struct PI_KEL_Interface {
                                               const DriverAddRecord* record, INT usePrintUI);
 
     /**
-     * Slot 4. Deletes a driver, and with it the language monitor, the files and the colour profiles that no other
-     * driver needs. What is gone before a failure stays gone. A file that can't be deleted stays, and is no failure.
+     * Slot 4. Deletes a driver, and with it the language monitor, the files and the colour profiles that nobody else
+     * needs. What is gone before a failure stays gone. A driver file that can't be deleted stays, and is no failure; a
+     * profile that can't be deleted is one.
      * @param driverVersion    PIKEL_DRIVER_VERSION_...
      * @param driverName       name of the driver. Required.
      * @param processor        PIKEL_PROCESSOR_...
@@ -467,7 +468,8 @@ typedef struct PI_KEL_Interface {
      *                      same
      * @return status, PIKEL_PREFIX_PRINTER_DELETE. 87 a null name on the direct way, or usePrintUI on a system without
      *         Print UI (before Windows 2000), and nothing is done; else the code of the step that failed, after which
-     *         nothing more is done. What becomes of the links is only logged.
+     *         nothing more is done. A link that can't be cut keeps the printer: on the direct way with its code, while
+     *         through the Print UI that code is only logged.
      */
     PiStatus(WINAPI* PI_KEL_DeletePrinter)(LPCSTR printerName, DWORD profileCount, LPSTR* profileList,
                                            DWORD usePrintUI);

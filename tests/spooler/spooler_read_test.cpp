@@ -4,7 +4,7 @@
 #include <cstring>
 
 #include "machine/desktop/desktop.h"
-#include "printer/printer_machine.h"
+#include "support/printer_machine.h"
 
 namespace pikel {
 namespace {

@@ -1,6 +1,6 @@
 // A file read as text. The line ends and the end mark are those of a Windows text stream, also where the C library's
 // own streams know neither.
-#include "inf/text_stream.h"
+#include "frame/text_stream.h"
 
 #include <cstdint>
 

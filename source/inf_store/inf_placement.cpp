@@ -1,12 +1,13 @@
 // Placing an INF in the system's INF folder. Where it goes, and what is told of a failure, differs by system.
-#include "inf_store/placement.h"
+#include "inf_store/inf_placement.h"
 
 #include <string>
 
 #include "frame/log.h"
+#include "frame/look_ups.h"
 #include "frame/os_route.h"
 #include "frame/path.h"
-#include "inf_store/search.h"
+#include "inf_store/inf_search.h"
 #include "platform/owned.h"
 
 namespace pikel {
@@ -17,7 +18,6 @@ namespace {
 constexpr int kOemNumbers = 1000;
 /// Line of a copy that worked, by either way of Windows 95.
 constexpr char kCopied95[] = "InfFileCopy95() - ::CopyFile() --Success--";
-constexpr DWORD kDriverDirectorySize = 4096;
 /// Copy style for the system's own placing.
 constexpr DWORD kCopyStyle = SP_COPY_FORCE_NEWER;
 
@@ -73,11 +73,10 @@ FindHandle FindAnything(const std::string& strPattern) {
 /// The system's own placing, which knows the INFs of its folder itself.
 DWORD CopyBySystem(LPCSTR lpszInfFile) {
     // Nothing goes to the driver directory here, but without one there is no spooler to install for.
-    char szDirectory[kDriverDirectorySize] = {};
-    DWORD dwNeeded = 0;
-    if (!Platform().GetPrinterDriverDirectoryA(nullptr, nullptr, 1, reinterpret_cast<LPBYTE>(szDirectory),
-                                               sizeof szDirectory, &dwNeeded)) {
-        return Platform().GetLastError();
+    std::string strUnused;
+    const DWORD dwStatus = GetDriverDirectory(nullptr, strUnused);
+    if (dwStatus != ERROR_SUCCESS) {
+        return dwStatus;
     }
     LookedUp<looked_up::SetupCopyOEMInfA> setupCopyOEMInf("setupapi.dll", "SetupCopyOEMInfA");
     if (!setupCopyOEMInf) {
@@ -113,14 +112,7 @@ static_assert(IsComplete(kInfFileCopyRoutines));
 
 /// The target folder with its closing backslash.
 std::string TargetFolder(LPCSTR lpszDir) {
-    if (lpszDir != nullptr) {
-        return std::string(lpszDir) + "\\";
-    }
-    // Without the Windows folder the path is that of a folder in the root.
-    char szWindows[MAX_PATH] = {};
-    Platform().GetWindowsDirectoryA(szWindows, sizeof szWindows);
-    szWindows[sizeof szWindows - 1] = '\0';
-    return std::string(szWindows) + "\\inf\\";
+    return lpszDir != nullptr ? std::string(lpszDir) + "\\" : SystemInfFolder();
 }
 
 }  // namespace

@@ -1,4 +1,4 @@
-#include "printer/printer_machine.h"
+#include "support/printer_machine.h"
 
 #include "machine/operations.h"
 
@@ -132,7 +132,7 @@ void MakeDefaultOn(TestMachine& test, const std::string& name) {
         reinterpret_cast<PRINTER_INFO_5A*>(level5.data())->Attributes |= PRINTER_ATTRIBUTE_DEFAULT;
         ASSERT_TRUE(simulated::SetPrinterA(printer.Handle(), 5, level5.data(), 0)) << simulated::lastError;
     } else if (test->Generation() == simulated::Generation::Nt4) {
-        const std::string device = name + ",winspool," + kPort;
+        const std::string device = name + ",winspool," + kLocalPort;
         ASSERT_TRUE(simulated::WriteProfileStringA("windows", "device", device.c_str())) << simulated::lastError;
     } else {
         ASSERT_TRUE(simulated::SetDefaultPrinterA(name.c_str())) << simulated::lastError;

@@ -1,5 +1,5 @@
 // Where drivers lie, which DLL a language monitor is, and which of two files was written last.
-#include "spooler/look_ups.h"
+#include "frame/look_ups.h"
 
 #include "frame/log.h"
 #include "frame/path.h"
@@ -11,14 +11,13 @@ namespace pikel {
 namespace {
 
 constexpr DWORD kDirectorySize = 4096;
-constexpr DWORD kMonitorFileSize = 260;
 constexpr char kMonitorsKey[] = "System\\CurrentControlSet\\Control\\Print\\Monitors";
 
 /// Reads the DLL that a monitor's key names, as it stands there.
 DWORD ReadMonitorDriver(HKEY hKey, std::string& strDriver) {
-    char szDriver[kMonitorFileSize + 1] = {};  // a value that fills the buffer has no NUL of its own
+    char szDriver[MAX_PATH + 1] = {};  // a value that fills the buffer has no NUL of its own
     DWORD dwType = REG_NONE;
-    DWORD dwSize = kMonitorFileSize;
+    DWORD dwSize = MAX_PATH;
     LSTATUS nStatus =
         Platform().RegQueryValueExA(hKey, "Driver", nullptr, &dwType, reinterpret_cast<LPBYTE>(szDriver), &dwSize);
     if (nStatus != ERROR_SUCCESS) {

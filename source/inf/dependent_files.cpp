@@ -1,5 +1,5 @@
 // The list of dependent files with which a driver is registered: the files beyond the main ones, as one multi-string.
-#include "inf_store/dependent_files.h"
+#include "inf/dependent_files.h"
 
 #include <vector>
 

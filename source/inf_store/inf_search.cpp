@@ -1,5 +1,5 @@
 // The search for installed INFs, and what tells one INF from another.
-#include "inf_store/search.h"
+#include "inf_store/inf_search.h"
 
 #include <string_view>
 #include <unordered_set>
@@ -7,7 +7,7 @@
 #include "inf/inf_access.h"
 #include "inf/manufacturer_section.h"
 #include "inf/models_section.h"
-#include "inf/text_stream.h"
+#include "frame/text_stream.h"
 #include "frame/log.h"
 #include "frame/text.h"
 #include "platform/owned.h"
@@ -170,6 +170,13 @@ DWORD IsInfTextDifferent(LPCSTR lpszFile1, LPCSTR lpszFile2) {
     return stream1.AtEnd() == stream2.AtEnd() ? 0 : 1;
 }
 
+std::string SystemInfFolder() {
+    char szWindows[MAX_PATH] = {};
+    Platform().GetWindowsDirectoryA(szWindows, sizeof szWindows);
+    szWindows[sizeof szWindows - 1] = '\0';
+    return std::string(szWindows) + "\\inf\\";
+}
+
 DWORD GetInfPath(LPCSTR lpszName, std::string& strPath) {
     WriteLog("GetInfPath Start");
     const DWORD dwStatus = FindInfPath(lpszName, strPath);
@@ -177,7 +184,8 @@ DWORD GetInfPath(LPCSTR lpszName, std::string& strPath) {
     return dwStatus;
 }
 
-DWORD GetInfModelList(LPCSTR lpszInfFile, DWORD dwProcessor, DWORD dwMajor, DWORD dwMinor, StringList& listModels) {
+DWORD GetInfModelList(LPCSTR lpszInfFile, DWORD dwProcessor, DWORD dwMajor, DWORD dwMinor, StringList& listModels,
+                      NoModels noModels) {
     listModels.Clear();
     CInfManufacturerSection manufacturer;
     InfHandle inf;
@@ -185,12 +193,11 @@ DWORD GetInfModelList(LPCSTR lpszInfFile, DWORD dwProcessor, DWORD dwMajor, DWOR
     if (dwStatus == ERROR_SUCCESS) {
         dwStatus = manufacturer.GetData(inf.Get(), dwProcessor, dwMajor, dwMinor);
     }
-    if (dwStatus == ERROR_SUCCESS) {
-        // Without a chosen section the empty name is looked up, which fails as a missing section does.
-        dwStatus = CInfModelsSection::GetAllDeviceKey(inf.Get(), manufacturer.m_vecSections.FrontOrEmpty().c_str(),
-                                                      listModels);
+    if (dwStatus != ERROR_SUCCESS || (manufacturer.m_vecSections.empty() && noModels == NoModels::AreNone)) {
+        return dwStatus;
     }
-    return dwStatus;
+    // Without a chosen section the empty name is looked up, which fails as a missing section does.
+    return CInfModelsSection::GetAllDeviceKey(inf.Get(), manufacturer.m_vecSections.FrontOrEmpty().c_str(), listModels);
 }
 
 }  // namespace pikel

@@ -13,7 +13,7 @@ namespace pikel::testing_support {
 
 inline constexpr char kPrintersOn[] = "HKLM\\SYSTEM\\CurrentControlSet\\Control\\Print\\Printers";
 inline constexpr char kDriver[] = "Tarvo 100";
-inline constexpr char kPort[] = "LPT1:";
+inline constexpr char kLocalPort[] = "LPT1:";
 
 /// What a driver says of its device; the spooler keeps it from Windows 2000 on.
 struct DriverIdentity {
@@ -35,7 +35,7 @@ class PrinterText {
   private:
     std::string m_name;
     std::string m_driver = kDriver;
-    std::string m_port = kPort;
+    std::string m_port = kLocalPort;
     std::string m_processor = "winprint";
     std::string m_dataType = "RAW";
     PrinterRecord m_record{};

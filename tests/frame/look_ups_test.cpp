@@ -1,4 +1,4 @@
-#include "spooler/look_ups.h"
+#include "frame/look_ups.h"
 
 #include <map>
 

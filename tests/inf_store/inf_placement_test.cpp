@@ -1,5 +1,5 @@
 // Placing an INF in the system's INF folder, on every system.
-#include "inf_store/placement.h"
+#include "inf_store/inf_placement.h"
 
 #include "frame/os_identity.h"
 #include "frame/os_route.h"

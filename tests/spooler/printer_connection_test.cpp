@@ -1,7 +1,7 @@
 // Telling a connection from a printer of the machine.
-#include "printer/printer_connection.h"
+#include "spooler/printer_connection.h"
 
-#include "printer/printer_machine.h"
+#include "support/printer_machine.h"
 
 namespace pikel {
 namespace {

@@ -1,5 +1,5 @@
 // Tells a connection to a shared printer from a printer of the machine.
-#include "printer/printer_connection.h"
+#include "spooler/printer_connection.h"
 
 #include "frame/os_route.h"
 #include "frame/text.h"

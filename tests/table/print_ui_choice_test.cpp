@@ -1,8 +1,8 @@
 // Deleting a printer with its driver: whether the driver is still in use, and which step's code comes back.
-#include "table/uninstall.h"
+#include "table/print_ui_choice.h"
 
 #include "machine/operations.h"
-#include "printer/printer_machine.h"
+#include "support/printer_machine.h"
 
 namespace pikel {
 namespace {
@@ -21,7 +21,7 @@ class UninstallTest : public MachineTest {
         Test().TakeCalls();
     }
     DWORD Uninstall(LPCSTR driver = kDriver, INT printUi = 0) {
-        return UninstallPrinterByRoute("P1", driver, m_version, 0, 0, nullptr, 1, printUi);
+        return UninstallPrinterAsAsked("P1", driver, m_version, 0, 0, nullptr, 1, printUi);
     }
     bool IsDriverThere() {
         DWORD needed = 0;
@@ -135,7 +135,7 @@ TEST_F(UninstallTest, PrinterAloneTakesTheRouteOfItsFlag) {
     for (const Case& oneCase : {Case{"win2000", 0, false}, Case{"win2000", 1, true}, Case{"xp", -1, true},
                                 Case{"vista", 1, false}, Case{"other", 1, true}}) {
         StartWith(oneCase.system);
-        EXPECT_EQ(DeletePrinterByRoute("P1", 0, nullptr, oneCase.printUi), 0u) << oneCase.system;
+        EXPECT_EQ(DeletePrinterAsAsked("P1", 0, nullptr, oneCase.printUi), 0u) << oneCase.system;
         EXPECT_THAT(PrintersOn(Test()), IsEmpty()) << oneCase.system;
         EXPECT_EQ(Test().TakeCallNames({"PrintUIEntryW"}).size(), oneCase.takesPrintUi ? 1u : 0u) << oneCase.system;
     }
@@ -145,7 +145,7 @@ TEST_F(UninstallTest, PrintUiThatIsNotThereIsRefusedBeforeAnyWork) {
     for (const char* system : {"win95", "win98", "winme", "nt4"}) {
         StartWith(system);
         EXPECT_EQ(Uninstall(kDriver, 1), ERROR_INVALID_PARAMETER) << system;
-        EXPECT_EQ(DeletePrinterByRoute("P1", 0, nullptr, 1), ERROR_INVALID_PARAMETER) << system;
+        EXPECT_EQ(DeletePrinterAsAsked("P1", 0, nullptr, 1), ERROR_INVALID_PARAMETER) << system;
         EXPECT_THAT(Test().TakeCallNames({"OpenPrinterA", "EnumPrintersA"}), IsEmpty()) << system;
         EXPECT_THAT(PrintersOn(Test()), ElementsAre("P1")) << system;
     }

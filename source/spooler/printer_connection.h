@@ -1,7 +1,7 @@
 // Tells a connection to a shared printer from a printer of the machine.
 #pragma once
 
-#include "platform/types.h"
+#include "frame/text.h"
 
 namespace pikel {
 
@@ -11,5 +11,12 @@ namespace pikel {
 /// @param dwSyntaxOnly     non-zero: the name's form alone decides, two backslashes in front; 0: the spooler is asked
 /// @return 1 or 0. An enumeration that fails answers 0.
 DWORD IsPrinterConnection(LPCSTR lpszPrinterName, DWORD dwSyntaxOnly);
+
+/// A record or a printer's level 2 data is that of a connection to a shared printer when its name begins with a
+/// backslash and it names a server. An empty server's name is none here, other than for IsPrinterConnection.
+template <class Info>
+bool IsConnectionRecord(const Info& info) {
+    return !IsEmpty(info.pPrinterName) && info.pPrinterName[0] == '\\' && !IsEmpty(info.pServerName);
+}
 
 }  // namespace pikel

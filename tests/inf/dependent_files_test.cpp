@@ -1,5 +1,5 @@
 // The list of dependent files, on every system.
-#include "inf_store/dependent_files.h"
+#include "inf/dependent_files.h"
 
 #include "frame/os_identity.h"
 #include "support/inf_test.h"

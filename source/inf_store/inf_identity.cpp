@@ -1,30 +1,22 @@
 // What an INF file is. Nothing on the system is touched.
-#include "inf_store/identity.h"
+#include "inf_store/inf_identity.h"
 
-#include <algorithm>
 #include <cstring>
-#include <string_view>
 
 #include "inf/inf_access.h"
 #include "inf/manufacturer_section.h"
 #include "inf/version_section.h"
 #include "frame/log.h"
 #include "frame/pikel.h"
+#include "frame/text.h"
 
 namespace pikel {
 
 namespace {
 
-/// Equal but for the case of ASCII letters, on every system and in every locale.
-bool EqualAscii(std::string_view left, std::string_view right) {
-    const auto fold = [](char ch) { return ch >= 'A' && ch <= 'Z' ? static_cast<char>(ch - 'A' + 'a') : ch; };
-    return std::equal(left.begin(), left.end(), right.begin(), right.end(),
-                      [fold](char chLeft, char chRight) { return fold(chLeft) == fold(chRight); });
-}
-
 /// True for no text asked for, and for one that a value equals.
 bool Matches(LPCSTR lpszWanted, const std::string& strValue) {
-    return lpszWanted == nullptr || EqualAscii(strValue, lpszWanted);
+    return lpszWanted == nullptr || EqualAsciiNoCase(strValue, lpszWanted);
 }
 
 /// True when an open INF is of a provider and class. With neither asked for nothing is read.
@@ -61,9 +53,9 @@ DWORD ReadProcessor(HINF hInf, DWORD& dwInfOs) {
 DWORD ReadInfOs(HINF hInf, DWORD& dwInfOs) {
     CInfVersionSection version;
     version.GetData(hInf);
-    if (EqualAscii(version.m_strSignature, "$Chicago$")) {
+    if (EqualAsciiNoCase(version.m_strSignature, "$Chicago$")) {
         dwInfOs = PIKEL_ARCHITECTURE_WINDOWS_9X;
-    } else if (EqualAscii(version.m_strSignature, "$Windows NT$")) {
+    } else if (EqualAsciiNoCase(version.m_strSignature, "$Windows NT$")) {
         // INFs for Windows 2000 and later alone have a value in [OEM URLS].
         if (version.m_strOemUrl.empty()) {
             dwInfOs = PIKEL_ARCHITECTURE_NT4_X86;

@@ -1,5 +1,5 @@
 // What an INF file is: provider and class, system, catalog.
-#include "inf_store/identity.h"
+#include "inf_store/inf_identity.h"
 
 #include "frame/pikel.h"
 #include "support/inf_test.h"

@@ -41,14 +41,24 @@ DWORD CheckDriverNameFromINF(const StringList& listWanted, const StringList& lis
 ///         different.
 DWORD IsInfTextDifferent(LPCSTR lpszFile1, LPCSTR lpszFile2);
 
+/// The system's INF folder, with its closing backslash. Without the Windows folder it is that of a folder in the root.
+std::string SystemInfFolder();
+
 /// Finds an INF on the system's search path.
 /// @param strPath [out]  its full path; untouched on failure
 /// @return 0; 8 without memory; else the last error
 DWORD GetInfPath(LPCSTR lpszName, std::string& strPath);
 
+/// What an INF without a models section for a system gives.
+enum class NoModels {
+    Fail,     ///< the code of a section that isn't there
+    AreNone,  ///< 0 and no name
+};
+
 /// Reads the model names of the first models section that an INF has for a system.
 /// @param listModels [out]  cleared first; sorted, each name once
 /// @return 0; the last error for an INF that can't be opened; else the code of the section that could not be read
-DWORD GetInfModelList(LPCSTR lpszInfFile, DWORD dwProcessor, DWORD dwMajor, DWORD dwMinor, StringList& listModels);
+DWORD GetInfModelList(LPCSTR lpszInfFile, DWORD dwProcessor, DWORD dwMajor, DWORD dwMinor, StringList& listModels,
+                      NoModels noModels = NoModels::Fail);
 
 }  // namespace pikel

@@ -1,5 +1,5 @@
 // The search for installed INFs, and the comparisons between INFs.
-#include "inf_store/search.h"
+#include "inf_store/inf_search.h"
 
 #include <cstring>
 
