@@ -19,8 +19,7 @@ namespace pikel {
 
 namespace {
 
-constexpr DWORD kWaitAfterRestart = 100;     // milliseconds
-constexpr DWORD kWaitBeforeSecondTry = 200;  // milliseconds
+constexpr DWORD kWaitAfterRestart = 100;  // milliseconds
 
 // ---- steps shared by the routines -----------------------------------------------------------------------------------
 

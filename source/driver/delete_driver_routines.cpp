@@ -12,8 +12,6 @@ namespace pikel {
 
 namespace {
 
-constexpr DWORD kWaitBeforeSecondTry = 200;  // milliseconds
-
 /// Log formats of a driver routine that goes through the spooler's service; each takes the service's name, the last one
 /// nothing.
 struct ServiceLines {
