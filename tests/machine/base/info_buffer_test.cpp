@@ -50,6 +50,16 @@ TEST(InfoBuffer, NeedNotBeAligned) {
     EXPECT_STREQ(info.pPrinterName, "one");
 }
 
+TEST(InfoBuffer, CheckClearsBothCountsAlsoOfACallThatIsRefused) {
+    for (const DWORD size : {0u, 4u}) {
+        DWORD needed = 9;
+        DWORD count = 9;
+        EXPECT_EQ(CheckInfoBuffer({nullptr, size, &needed, &count}, true) == 0u, size == 0);
+        EXPECT_EQ(needed, 0u);
+        EXPECT_EQ(count, 0u);
+    }
+}
+
 TEST(InfoBuffer, NothingToTellIsASuccess) {
     DWORD needed = 9;
     DWORD count = 9;

@@ -224,6 +224,18 @@ TEST_F(ColourTest, ChangesNeedRightsAndLinksTheSpooler) {
     EXPECT_EQ(Link("one.icc", "Office"), DWORD{ERROR_ACCESS_DENIED});
 }
 
+TEST_F(ColourTest, EnumerationEndsWhereItIsTold) {
+    PreparePrinter();
+    WriteProfile(Folder() + "\\three.icc");
+    ASSERT_EQ(Install("three.icc"), 0u);
+    for (const char* name : {"one.icc", "two.icc", "three.icc"}) {
+        ASSERT_EQ(Link(name, "Office"), 0u);
+    }
+    int answer = 9;
+    EXPECT_EQ(ProfilesOf("Office", &answer).size(), 2u);  // then Collect answers 0
+    EXPECT_EQ(answer, 0);
+}
+
 TEST_F(ColourTest, ContextsAreThoseOfPrinters) {
     EXPECT_EQ(CODE_OF(CreateICA("WINSPOOL", "Unknown", nullptr, nullptr)), DWORD{ERROR_INVALID_PRINTER_NAME});
     EXPECT_EQ(CODE_OF(CreateICA("WINSPOOL", nullptr, nullptr, nullptr)), DWORD{ERROR_INVALID_PRINTER_NAME});

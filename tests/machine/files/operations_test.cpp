@@ -446,6 +446,15 @@ TEST_F(FileOperations, OpenFileStyles) {
     EXPECT_EQ(Platform().OpenFile("C:\\f", &structure, 0x4000), HFILE_ERROR);
 }
 
+TEST_F(FileOperations, OpenFileTakesPathsThatFitItsStructureWithTheirNul) {
+    OFSTRUCT structure;
+    const std::string longest = "C:\\" + std::string(sizeof structure.szPathName - 4, 'a');
+    EXPECT_EQ(Platform().OpenFile(longest.c_str(), &structure, 0x100), 0);  // OF_PARSE
+    EXPECT_EQ(structure.szPathName, longest);
+    EXPECT_EQ(Platform().OpenFile((longest + "a").c_str(), &structure, 0x100), HFILE_ERROR);
+    EXPECT_EQ(DWORD{structure.nErrCode}, DWORD{ERROR_INVALID_DATA});
+}
+
 TEST_F(FileOperations, OpenFileStylesSetAccessAndSharing) {
     WriteFileOn(Machine(), "C:\\f", "x");
     OFSTRUCT structure;

@@ -116,6 +116,16 @@ TEST_F(MachineModules, RegisteredLibrariesAreFoundByTheirPath) {
     EXPECT_EQ(CodeOfLoad("AcmeSdk.dll"), 126u) << "its folder is not on the search path";
 }
 
+TEST_F(MachineModules, TheSystemFolderIsSearchedAheadOfTheWindowsFolder) {
+    for (const char* folder : {"C:\\WINDOWS\\", "C:\\WINDOWS\\system32\\"}) {
+        Machine().Modules().Register(std::string(folder) + "AcmeSdk.dll", {{"Answer", &Answer}});
+    }
+    const LoadedModule module = Load("AcmeSdk.dll");
+    char path[MAX_PATH] = "";
+    EXPECT_NE(Platform().GetModuleFileNameA(module.Get(), path, sizeof path), 0u);
+    EXPECT_STREQ(path, "C:\\WINDOWS\\system32\\AcmeSdk.dll");
+}
+
 TEST_F(MachineModules, ARegisteredLibraryInTheSystemFolderComesFirst) {
     Machine().Modules().Register("C:\\WINDOWS\\system32\\printui.dll", {{"PrintUIEntryA", &Answer}});
     EXPECT_EQ(TryLookUp("PRINTUI.DLL", "PrintUIEntryA"), kFound);
