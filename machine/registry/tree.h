@@ -51,6 +51,9 @@ struct RegistryNode {
     Keys keys;  ///< by folded name, like the values
     Values values;
     mutable EnumerationCursor<Values> cursor;
+
+    /// With all keys below it.
+    RegistryNode Copy() const;
 };
 
 struct RegistryTree {

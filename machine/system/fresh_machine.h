@@ -1,7 +1,6 @@
 // What a machine of a system holds when it comes fresh from its installation: folders, a few files, the registry.
 #pragma once
 
-#include <filesystem>
 #include <string_view>
 
 #include "machine/system/machine.h"
@@ -12,8 +11,7 @@ Generation GenerationOf(const SystemDescription& system);
 /// The environment of a system's own drivers.
 std::string_view EnvironmentOf(const SystemDescription& system);
 
-/// Puts drive, registry.reg and, as the last one, machine.ini into a folder that is there and empty. Throws
-/// MachineError and std::filesystem::filesystem_error.
-void FillFreshMachine(const std::filesystem::path& folder, const SystemDescription& system);
+/// Puts the drive on an empty disk and the keys into an empty registry.
+void FillFreshMachine(Disk& disk, Registry& registry, const SystemDescription& system);
 
 }  // namespace pikel::simulated
