@@ -15,6 +15,9 @@ namespace {
 /// Longest name, in bytes of UTF-8, as on the host.
 constexpr std::size_t kLongestName = 255;
 
+/// Bytes that a file may have; a write far behind the end must not take the process's memory.
+constexpr std::uint64_t kLargestFile = std::uint64_t{1} << 30;
+
 FILETIME Now() {
     timespec now{};
     std::timespec_get(&now, TIME_UTC);
@@ -163,10 +166,10 @@ class MemoryDisk::File : public DiskFile {
         if (bytes.empty()) {
             return ERROR_SUCCESS;
         }
-        MemoryDisk::Node& node = m_disk->Change(m_number);
-        if (at > node.bytes.max_size() - bytes.size()) {
+        if (bytes.size() > kLargestFile || at > kLargestFile - bytes.size()) {
             return ERROR_DISK_FULL;
         }
+        MemoryDisk::Node& node = m_disk->Change(m_number);
         const auto start = static_cast<std::size_t>(at);
         if (start + bytes.size() > node.bytes.size()) {
             node.bytes.resize(start + bytes.size());
@@ -176,10 +179,10 @@ class MemoryDisk::File : public DiskFile {
         return ERROR_SUCCESS;
     }
     DWORD Resize(std::uint64_t size) override {
-        MemoryDisk::Node& node = m_disk->Change(m_number);
-        if (size > node.bytes.max_size()) {
+        if (size > kLargestFile) {
             return ERROR_DISK_FULL;
         }
+        MemoryDisk::Node& node = m_disk->Change(m_number);
         node.bytes.resize(static_cast<std::size_t>(size));
         node.written = Now();
         return ERROR_SUCCESS;

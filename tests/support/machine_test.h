@@ -79,9 +79,9 @@ class MachineTest : public ::testing::Test {
   protected:
     explicit MachineTest(std::string_view system = "xp", Lies where = Lies::InMemory)
         : m_test(std::make_unique<TestMachine>(system, where)) {}
-    void Start(std::string_view system) {
+    void Start(std::string_view system, Lies where = Lies::InMemory) {
         m_test.reset();
-        m_test = std::make_unique<TestMachine>(system);
+        m_test = std::make_unique<TestMachine>(system, where);
     }
     TestMachine& Test() { return *m_test; }
     simulated::Machine& Machine() { return **m_test; }
