@@ -9,7 +9,9 @@
 #include <string>
 
 #include "frame/os_identity.h"
-#include "machine/system/machine.h"
+#include "machine/base/machine.h"
+#include "machine/files/files.h"
+#include "machine/system/systems.h"
 
 namespace pikel::benchmarks {
 

@@ -16,8 +16,10 @@ void AddMachineCommands(CLI::App&, Session&) {}
 #else
 
 #include "platform/platform.h"
-#include "machine/system/machine.h"
+#include "machine/base/machine.h"
+#include "machine/files/files.h"
 #include "machine/system/restart.h"
+#include "machine/system/systems.h"
 #include "system_view.h"
 
 namespace pikel::cli {

@@ -5,7 +5,7 @@
 
 #include "frame/pikel.h"
 #include "platform/owned.h"
-#include "machine/base/text.h"
+#include "machine/system/messages.h"
 
 namespace pikel::cli {
 

@@ -15,7 +15,9 @@
 #else
 #include <unistd.h>
 
-#include "machine/system/machine.h"
+#include "machine/base/machine.h"
+#include "machine/files/files.h"
+#include "machine/system/systems.h"
 #endif
 
 namespace pikel::cli {

@@ -1,6 +1,6 @@
 // Binds the operations to the simulated machine. An operation without an implementation there is a link error.
-#include "platform/native_table.h"
 #include "machine/operations.h"
+#include "platform/native_table.h"
 
 namespace pikel {
 

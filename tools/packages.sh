@@ -27,7 +27,8 @@ install_build_packages() {
 }
 
 install_test_packages() {
-    install_packages libgtest-dev libgmock-dev googletest libbenchmark-dev clang libclang-rt-14-dev clang-format-14 gcab
+    install_packages libgtest-dev libgmock-dev googletest libbenchmark-dev clang libclang-rt-14-dev clang-format-14 gcab \
+        mold python3
 }
 
 install_windows_packages() {

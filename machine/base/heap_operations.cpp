@@ -1,7 +1,7 @@
 // Process heap, local and global blocks, and BSTRs.
 #include <cstring>
 
-#include "machine/system/machine.h"
+#include "machine/base/machine.h"
 #include "machine/operations.h"
 
 namespace pikel::simulated {

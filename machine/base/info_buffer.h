@@ -56,6 +56,14 @@ DWORD CheckInfoBuffer(const InfoBuffer& buffer, bool isNt);
 /// @return 0, or 122
 DWORD ReserveInfo(const InfoBuffer& buffer, std::size_t size);
 
+/// A record of the caller's, which need not be aligned.
+template <class Info>
+Info Load(const BYTE* bytes) {
+    Info info;
+    std::memcpy(&info, bytes, sizeof info);
+    return info;
+}
+
 /// Answers with one record for each source.
 /// @param fill  void(InfoSpace&, Info&, const Source&): fills a zeroed record; called twice for each source
 /// @return 0, or 122 with the size in *needed

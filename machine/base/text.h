@@ -38,9 +38,9 @@ std::vector<std::string> SplitMultiString(const char* texts);
 /// The texts with their NULs and one more.
 std::string JoinMultiString(const std::vector<std::string>& texts);
 
-/// The system's message for a code, CR LF at its end; empty for one that isn't known.
-std::string MessageText(DWORD code);
-/// "ERROR_FILE_NOT_FOUND"; empty for one that isn't known.
-std::string_view CodeName(DWORD code);
+/// Null counts as empty.
+inline std::string_view TextOf(const char* text) {
+    return text == nullptr ? std::string_view() : text;
+}
 
 }  // namespace pikel::simulated

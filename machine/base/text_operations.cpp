@@ -4,7 +4,8 @@
 #include <string>
 #include <string_view>
 
-#include "machine/system/machine.h"
+#include "machine/base/machine.h"
+#include "machine/base/text.h"
 #include "machine/operations.h"
 
 namespace pikel::simulated {

@@ -3,10 +3,14 @@
 
 #include <algorithm>
 
-#include "machine/spooler/spooler.h"
+#include "machine/base/names.h"
+#include "machine/base/text.h"
+#include "machine/files/files.h"
+#include "machine/registry/registry.h"
 #include "machine/spooler/environments.h"
 #include "machine/spooler/printer_data.h"
 #include "machine/spooler/printers.h"
+#include "machine/spooler/spooler.h"
 
 namespace pikel::simulated {
 

@@ -1,3 +1,6 @@
+// The colour room: colour management, and what GDI tells of profiles. It stands on the spooler, as a printer's profiles
+// are part of its data.
+//
 // Colour profiles of the machine.
 //
 //   files        the colour folder: SYSTEM\COLOR on the 9x family, system32\spool\drivers\color from Windows 2000 on
@@ -13,7 +16,7 @@
 #include <string_view>
 #include <vector>
 
-#include "machine/system/machine.h"
+#include "machine/base/machine.h"
 
 namespace pikel::simulated {
 

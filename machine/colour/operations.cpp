@@ -1,11 +1,15 @@
 // The calls of colour management, and those of GDI that tell a printer's profiles.
 #include <cstring>
 
+#include "machine/base/last_error.h"
+#include "machine/base/names.h"
+#include "machine/base/text.h"
 #include "machine/colour/colour.h"
 #include "machine/operations.h"
-#include "machine/spooler/spooler.h"
+#include "machine/security/rights.h"
 #include "machine/spooler/connections.h"
 #include "machine/spooler/printers.h"
+#include "machine/spooler/spooler.h"
 
 namespace pikel::simulated {
 

@@ -1,6 +1,7 @@
 // The machine's files: what changes them.
+#include "machine/base/machine.h"
+#include "machine/base/text.h"
 #include "machine/files/state.h"
-#include "machine/system/machine.h"
 
 namespace pikel::simulated {
 

@@ -108,7 +108,7 @@ std::string_view ReasonOf(DWORD code) {
             return "the folder isn't empty";
         case ERROR_ALREADY_EXISTS:
             return "something is there already";
-        case kErrorNameTooLong:
+        case ERROR_FILENAME_EXCED_RANGE:
             return "the name is too long";
         default:
             return "the disk failed";

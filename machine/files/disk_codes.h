@@ -8,7 +8,6 @@ namespace pikel::simulated {
 inline constexpr DWORD kErrorTooManyOpenFiles = 4;
 inline constexpr DWORD kErrorNotSameDevice = 17;
 inline constexpr DWORD kErrorGeneralFailure = 31;
-inline constexpr DWORD kErrorNameTooLong = 206;
 inline constexpr DWORD kErrorIoDevice = 1117;
 
 }  // namespace pikel::simulated

@@ -50,7 +50,7 @@ DWORD CodeOfErrno(int error) {
         case ENFILE:
             return kErrorTooManyOpenFiles;
         case ENAMETOOLONG:
-            return kErrorNameTooLong;
+            return ERROR_FILENAME_EXCED_RANGE;
         case EXDEV:
             return kErrorNotSameDevice;
         case ENOMEM:

@@ -4,9 +4,11 @@
 #include <string>
 #include <string_view>
 
-#include "machine/system/machine.h"
-#include "machine/files/path.h"
+#include "machine/base/machine.h"
+#include "machine/base/text.h"
+#include "machine/files/files.h"
 #include "machine/files/open_files.h"
+#include "machine/files/path.h"
 #include "machine/operations.h"
 
 namespace pikel::simulated {

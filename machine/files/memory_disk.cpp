@@ -107,7 +107,7 @@ DWORD MemoryDisk::Add(const Spot& spot, Node node, Number* number) {
         return spot.Exists() ? static_cast<DWORD>(ERROR_ALREADY_EXISTS) : spot.code;
     }
     if (spot.name.size() > kLongestName) {
-        return kErrorNameTooLong;
+        return ERROR_FILENAME_EXCED_RANGE;
     }
     if (m_free.empty()) {
         m_free.push_back(m_slots.size());
@@ -282,7 +282,7 @@ DWORD MemoryDisk::Rename(const std::string& from, const std::string& to) {
         return ERROR_ACCESS_DENIED;
     }
     if (target.name.size() > kLongestName) {
-        return kErrorNameTooLong;
+        return ERROR_FILENAME_EXCED_RANGE;
     }
     const bool isFolder = At(source.number).isFolder;
     if (target.Exists() && target.number == source.number) {

@@ -3,15 +3,12 @@
 
 #include <algorithm>
 
-#include "machine/system/machine.h"
+#include "machine/base/machine.h"
 #include "machine/base/text.h"
 
 namespace pikel::simulated {
 
 namespace {
-
-constexpr DWORD kErrorBadNetPath = 53;
-constexpr DWORD kErrorNameTooLong = 206;
 
 bool IsSeparator(char c) {
     return c == '\\' || c == '/';
@@ -72,13 +69,13 @@ MachinePath ParsePath(std::string_view path, UINT codePage, char systemDrive) {
         return Refused(ERROR_PATH_NOT_FOUND);
     }
     if (path.size() >= MAX_PATH) {
-        return Refused(kErrorNameTooLong);
+        return Refused(ERROR_FILENAME_EXCED_RANGE);
     }
     // In UTF-8 no trail byte looks like a backslash.
     const std::string utf8 = ToUtf8(codePage, path);
     std::string_view rest = utf8;
     if (rest.size() >= 2 && IsSeparator(rest[0]) && IsSeparator(rest[1])) {
-        return Refused(kErrorBadNetPath);
+        return Refused(ERROR_BAD_NETPATH);
     }
     MachinePath parsed;
     parsed.drive = systemDrive;
@@ -101,6 +98,17 @@ MachinePath ParsePath(std::string_view path, const SystemDescription& system) {
     const std::string& folder = system.systemDirectory;
     const bool hasDrive = folder.size() >= 2 && IsLetter(folder[0]) && folder[1] == ':';
     return ParsePath(path, system.codePage, hasDrive ? static_cast<char>(folder[0] & ~0x20) : 'C');
+}
+
+std::string JoinPath(const Machine& machine, std::string_view folder, std::string_view rest) {
+    while (!rest.empty() && rest.front() == '\\' && !folder.empty()) {
+        rest.remove_prefix(1);
+    }
+    std::string path(folder);
+    if (!folder.empty() && !rest.empty() && !FileName(folder, machine.System().codePage).empty()) {
+        path += '\\';
+    }
+    return path.append(rest);
 }
 
 bool IsPattern(std::string_view text) {

@@ -9,6 +9,7 @@
 
 namespace pikel::simulated {
 
+class Machine;
 struct SystemDescription;
 
 /// A path on a drive of the machine, without "." and "..". Names are UTF-8, as the host stores them.
@@ -27,6 +28,9 @@ struct MachinePath {
 MachinePath ParsePath(std::string_view path, UINT codePage, char systemDrive);
 /// The same with a machine's own code page and system drive.
 MachinePath ParsePath(std::string_view path, const SystemDescription& system);
+
+/// A folder and what lies in it, with one backslash between; either may be empty.
+std::string JoinPath(const Machine& machine, std::string_view folder, std::string_view rest);
 
 /// True when the text holds one of the characters that make a pattern.
 bool IsPattern(std::string_view text);

@@ -37,7 +37,10 @@ void Places::InsertMedium(std::string folder) {
 }
 
 std::string Places::WindowsPath(const std::filesystem::path& host, UINT codePage) const {
-    std::filesystem::path below = host.lexically_relative(m_root);
+    std::filesystem::path below;
+    if (!m_root.empty()) {
+        below = host.lexically_relative(m_root);
+    }
     std::string path;
     if (!m_medium.empty() && *host.lexically_relative(m_medium).begin() != "..") {
         below = host.lexically_relative(m_medium);

@@ -1,3 +1,5 @@
+// The INF room: INF files as text, INFs that programs have open, and directory ids. It stands on the files.
+//
 // The text of an INF file, taken apart as far as somebody looks: opening finds the sections, touching a section finds
 // its lines, reading a line finds its fields. Nothing is copied but what quotes or %strings% change.
 #pragma once
@@ -11,9 +13,9 @@
 #include <string_view>
 #include <vector>
 
+#include "machine/base/name_index.h"
 #include "machine/inf/characters.h"
 #include "machine/inf/line.h"
-#include "machine/base/name_index.h"
 #include "platform/types.h"
 
 namespace pikel::simulated {

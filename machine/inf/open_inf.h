@@ -6,7 +6,7 @@
 #include <string>
 #include <string_view>
 
-#include "machine/setup/directory_ids.h"
+#include "machine/inf/directory_ids.h"
 #include "machine/inf/file.h"
 #include "platform/types.h"
 
@@ -27,6 +27,12 @@ struct OpenInf {
     UserDirectories directories;
 };
 
+/// Reads and parses a file, as SetupOpenInfFileA does. A name without a folder lies in the system's INF folder.
+/// @param className    class that the INF has to be of; null: any
+/// @param error [out]  why there is none: the code, and the line of a text that is no INF
+/// @return null when the file can't be read
+std::shared_ptr<OpenInf> ReadInf(Machine& machine, const char* name, const char* className, InfFile::Error& error);
+
 /// Null for a handle that is no open INF.
 OpenInf* FindInf(Machine& machine, HINF handle);
 
@@ -39,5 +45,9 @@ struct InfPosition {
 /// Checks a context that comes from a program.
 /// @return 0; 87 for null, or for a section or line that the INF lacks; 6 when its INF isn't open
 DWORD FindPosition(Machine& machine, const INFCONTEXT* context, InfPosition& position);
+
+/// Finds a line by section and key; a null key stands for the section's first line.
+/// @return 0; 87 for a null section; 6 when the INF isn't open; 0xE0000102 when there is no such line
+DWORD FindFirstLine(Machine& machine, HINF handle, const char* section, const char* key, InfPosition& position);
 
 }  // namespace pikel::simulated

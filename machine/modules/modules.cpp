@@ -5,7 +5,9 @@
 #include <array>
 #include <vector>
 
-#include "machine/system/machine.h"
+#include "machine/base/machine.h"
+#include "machine/base/text.h"
+#include "machine/files/files.h"
 #include "machine/files/path.h"
 #include "machine/operations.h"
 

@@ -1,3 +1,5 @@
+// The modules room: libraries and their exports, and the version resources of program files. It stands on the files.
+//
 // The libraries that a program can load on the machine, and what each exports on which system.
 #pragma once
 

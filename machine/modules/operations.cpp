@@ -3,7 +3,8 @@
 #include <cstring>
 #include <string>
 
-#include "machine/system/machine.h"
+#include "machine/base/machine.h"
+#include "machine/modules/modules.h"
 #include "machine/operations.h"
 
 namespace pikel::simulated {

@@ -3,7 +3,9 @@
 
 #include <map>
 
-#include "machine/spooler/spooler.h"
+#include "machine/base/names.h"
+#include "machine/base/text.h"
+#include "machine/registry/registry.h"
 
 namespace pikel::simulated {
 

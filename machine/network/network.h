@@ -1,3 +1,6 @@
+// The network room: what the machine sees of other computers, and what it shares with them itself. It stands on the
+// registry; the spooler browses through it.
+//
 // The network that the machine sees: providers, below them domains or workgroups, servers, and what these share. It is
 // part of the machine:
 //
@@ -10,7 +13,8 @@
 //
 // All values are optional. A server belongs to the first LAN Manager provider when it names none; without a domain it
 // is in WORKGROUP there, and at the top of a network of another type. A machine without the key Providers has the one
-// that its family brings along. Of a shared printer more is told in spooler_connections.h.
+// that its family brings along. Of a shared printer more is told in the
+// spooler's connection_store.h.
 #pragma once
 
 #include <optional>
@@ -18,7 +22,7 @@
 #include <string_view>
 #include <vector>
 
-#include "machine/system/machine.h"
+#include "machine/base/machine.h"
 
 namespace pikel::simulated {
 

@@ -2,23 +2,23 @@
 #include <algorithm>
 #include <cstring>
 
-#include "machine/operations.h"
+#include "machine/base/names.h"
+#include "machine/base/text.h"
 #include "machine/network/shares.h"
-#include "machine/spooler/spooler.h"
+#include "machine/operations.h"
 
 namespace pikel::simulated {
 
 namespace {
 
 constexpr SHORT kLevel = 50;
-constexpr DWORD kNoSuchComputer = 53;  // ERROR_BAD_NETPATH
 
 /// Does the work of one call on the current machine; the calls know no other computer and one level.
 template <class Work>
 DWORD CallNetwork(LPCSTR server, SHORT level, Work work) {
     Machine& machine = Current();
     if (!IsThisComputer(machine, TextOf(server))) {
-        return kNoSuchComputer;
+        return ERROR_BAD_NETPATH;
     }
     if (level != kLevel) {
         return ERROR_INVALID_LEVEL;

@@ -3,6 +3,8 @@
 
 #include <algorithm>
 
+#include "machine/registry/registry.h"
+
 namespace pikel::simulated {
 
 namespace {

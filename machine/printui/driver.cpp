@@ -6,13 +6,17 @@
 #include <iterator>
 #include <set>
 
+#include "machine/base/names.h"
+#include "machine/base/text.h"
 #include "machine/colour/colour.h"
+#include "machine/files/files.h"
+#include "machine/files/path.h"
+#include "machine/operations.h"
+#include "machine/printui/strings.h"
 #include "machine/setup/file_queue.h"
 #include "machine/setup/install_section.h"
-#include "machine/operations.h"
-#include "machine/printui/print_ui.h"
-#include "machine/spooler/spooler.h"
 #include "machine/spooler/monitors.h"
+#include "machine/spooler/spooler.h"
 
 namespace pikel::simulated {
 

@@ -5,9 +5,9 @@
 #include <string>
 #include <vector>
 
-#include "machine/setup/driver_package.h"
-#include "machine/system/machine.h"
+#include "machine/base/machine.h"
 #include "machine/printui/command.h"
+#include "machine/printui/driver_package.h"
 
 namespace pikel::simulated {
 

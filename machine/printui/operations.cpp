@@ -2,8 +2,12 @@
 #include <cstring>
 #include <string>
 
+#include "machine/base/last_error.h"
+#include "machine/base/text.h"
+#include "machine/modules/modules.h"
 #include "machine/operations.h"
 #include "machine/printui/print_ui.h"
+#include "machine/printui/strings.h"
 
 namespace pikel::simulated {
 

@@ -5,13 +5,15 @@
 #include <set>
 #include <string>
 
+#include "machine/base/text.h"
 #include "machine/colour/colour.h"
 #include "machine/operations.h"
 #include "machine/printui/driver.h"
-#include "machine/spooler/spooler.h"
+#include "machine/security/rights.h"
 #include "machine/spooler/connections.h"
 #include "machine/spooler/ports.h"
 #include "machine/spooler/printers.h"
+#include "machine/spooler/spooler.h"
 
 namespace pikel::simulated {
 
@@ -224,19 +226,6 @@ DWORD DoWork(Machine& machine, const PrintUICommand& command) {
     return ERROR_INVALID_PARAMETER;
 }
 
-// ---- the string table -----------------------------------------------------------------------------------------------
-
-struct TableText {
-    UINT id;
-    std::string_view text;
-};
-/// Later systems name versions otherwise, under other ids.
-constexpr TableText kTexts2000[] = {
-    {16050, "Windows 95 or 98"},
-    {16055, "Windows NT 4.0"},
-    {16056, "Windows 2000"},
-};
-
 }  // namespace
 
 DWORD RunPrintUICommand(Machine& machine, const PrintUICommand& command) {
@@ -249,12 +238,6 @@ DWORD RunPrintUICommand(Machine& machine, const PrintUICommand& command) {
     }
     machine.Commit();
     return code;
-}
-
-std::string_view PrintUIString(const Machine& machine, UINT id) {
-    const auto* found = std::ranges::find(kTexts2000, id, &TableText::id);
-    const bool isThere = machine.Generation() == Generation::Windows2000 && found != std::end(kTexts2000);
-    return isThere ? found->text : std::string_view();
 }
 
 }  // namespace pikel::simulated

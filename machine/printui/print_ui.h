@@ -1,3 +1,5 @@
+// The print UI room: Windows' own installation of drivers and printers. It stands on setup, INF, spooler and colour.
+//
 // PRINTUI.DLL of the machine: its entry installs and removes drivers and printers from one command line each, and its
 // string table names the versions of drivers.
 //
@@ -5,9 +7,7 @@
 // thread's last error, 0 after success.
 #pragma once
 
-#include <string_view>
-
-#include "machine/system/machine.h"
+#include "machine/base/machine.h"
 #include "machine/printui/command.h"
 
 namespace pikel::simulated {
@@ -19,8 +19,5 @@ namespace pikel::simulated {
 ///                       driver in use; what an INF, its files or the spooler gave
 ///           printers    1796 unknown port; 1802 name taken; 1801 no such printer
 DWORD RunPrintUICommand(Machine& machine, const PrintUICommand& command);
-
-/// Text of the library's string table; empty for an id that the machine's system lacks.
-std::string_view PrintUIString(const Machine& machine, UINT id);
 
 }  // namespace pikel::simulated

@@ -6,10 +6,11 @@
 #include <string>
 #include <string_view>
 
-#include "machine/system/machine.h"
+#include "machine/base/machine.h"
+#include "machine/base/text.h"
 #include "machine/operations.h"
 #include "machine/registry/handles.h"
-#include "machine/base/text.h"
+#include "machine/registry/registry.h"
 
 namespace pikel::simulated {
 
@@ -23,47 +24,9 @@ constexpr std::size_t kMaxValueName = 16383;
 constexpr REGSAM kQueryValue = 0x1;
 constexpr REGSAM kSetValue = 0x2;
 constexpr REGSAM kCreateSubKey = 0x4;
-constexpr REGSAM kMaximumAllowed = 0x02000000;
-
-/// What a key handle stands for.
-struct OpenKey {
-    std::string path;
-    std::uint64_t id = 0;  ///< the key's number when it was opened; another one, or none, there now: it was deleted
-    REGSAM access = 0;
-};
 
 LSTATUS Code(DWORD code) {
     return static_cast<LSTATUS>(code);
-}
-
-/// Path of a predefined handle, which is never closed. A 64-bit Windows extends the sign, so the low half tells it.
-const char* RootOf(HKEY key) {
-    switch (static_cast<std::uint32_t>(reinterpret_cast<std::uintptr_t>(key))) {
-        case 0x80000000:
-            return "HKCR";
-        case 0x80000001:
-            return "HKCU";
-        case 0x80000002:
-            return "HKLM";
-        case 0x80000003:
-            return "HKU";
-        default:
-            return nullptr;
-    }
-}
-
-LSTATUS Resolve(HKEY handle, OpenKey& key) {
-    Machine& machine = Current();
-    if (const char* root = RootOf(handle)) {
-        key = {root, machine.Registry().KeyId(root), KEY_ALL_ACCESS};
-        return kDone;
-    }
-    const OpenKey* open = machine.Handles().Find<OpenKey>(HandleKind::RegistryKey, handle);
-    if (open == nullptr) {
-        return Code(ERROR_INVALID_HANDLE);
-    }
-    key = *open;
-    return machine.Registry().KeyId(key.path) == key.id ? kDone : Code(ERROR_KEY_DELETED);
 }
 
 /// Checks the text of a sub-key, and joins it to its key.
@@ -84,35 +47,6 @@ LSTATUS CheckAccess(std::string_view path, REGSAM access) {
     return Code(Current().CheckAccess(path, access));
 }
 
-/// The rights that a handle carries. The 9x family has no security and lets every handle do everything.
-REGSAM Granted(std::string_view path, REGSAM asked) {
-    REGSAM granted = asked;
-    if ((asked & GENERIC_READ) != 0) {
-        granted |= KEY_READ;
-    }
-    if ((asked & GENERIC_WRITE) != 0) {
-        granted |= KEY_WRITE;
-    }
-    if ((asked & GENERIC_ALL) != 0 || Current().Is9x()) {
-        granted |= KEY_ALL_ACCESS;
-    }
-    if ((asked & kMaximumAllowed) != 0) {
-        granted |= CheckAccess(path, KEY_ALL_ACCESS) == kDone ? KEY_ALL_ACCESS : KEY_READ;
-    }
-    return granted;
-}
-
-LSTATUS OpenHandle(const std::string& path, REGSAM access, PHKEY result) {
-    Machine& machine = Current();
-    LSTATUS code = CheckAccess(path, access);
-    if (code != kDone) {
-        return code;
-    }
-    auto key = std::make_shared<OpenKey>(OpenKey{path, machine.Registry().KeyId(path), Granted(path, access)});
-    *result = static_cast<HKEY>(machine.Handles().Open(HandleKind::RegistryKey, std::move(key), path));
-    return kDone;
-}
-
 LSTATUS CommitChange() {
     return Code(Current().TryCommit());
 }
@@ -128,10 +62,6 @@ LSTATUS CreateKeyAt(std::string path) {
         return Code(ERROR_INVALID_PARAMETER);  // too long a name, or too deep
     }
     return CommitChange();
-}
-
-bool IsTextType(DWORD type) {
-    return type == REG_SZ || type == REG_EXPAND_SZ || type == REG_MULTI_SZ;
 }
 
 /// Hands a value's data out by the rules that a query and an enumeration share.
@@ -160,22 +90,13 @@ LSTATUS HandOutData(const RegistryValue& value, LPDWORD type, LPBYTE data, LPDWO
 
 }  // namespace
 
-DWORD PathOfKey(HKEY handle, std::string& path) {
-    OpenKey key;
-    const LSTATUS code = Resolve(handle, key);
-    if (code == kDone) {
-        path = key.path;
-    }
-    return static_cast<DWORD>(code);
-}
-
 LSTATUS WINAPI RegOpenKeyExA(HKEY hKey, LPCSTR lpSubKey, DWORD /*ulOptions*/, REGSAM samDesired, PHKEY phkResult) {
     if (phkResult == nullptr) {
         return Code(ERROR_INVALID_PARAMETER);
     }
     *phkResult = nullptr;
     OpenKey key;
-    LSTATUS code = Resolve(hKey, key);
+    LSTATUS code = Code(ResolveKey(hKey, key));
     if (code != kDone) {
         return code;
     }
@@ -187,7 +108,7 @@ LSTATUS WINAPI RegOpenKeyExA(HKEY hKey, LPCSTR lpSubKey, DWORD /*ulOptions*/, RE
     if (!Current().Registry().KeyExists(path)) {
         return Code(ERROR_FILE_NOT_FOUND);
     }
-    return OpenHandle(path, samDesired, phkResult);
+    return OpenKeyHandle(path, samDesired, phkResult);
 }
 
 LSTATUS WINAPI RegCreateKeyExA(HKEY hKey, LPCSTR lpSubKey, DWORD Reserved, LPSTR /*lpClass*/, DWORD /*dwOptions*/,
@@ -198,7 +119,7 @@ LSTATUS WINAPI RegCreateKeyExA(HKEY hKey, LPCSTR lpSubKey, DWORD Reserved, LPSTR
     }
     *phkResult = nullptr;
     OpenKey key;
-    LSTATUS code = Resolve(hKey, key);
+    LSTATUS code = Code(ResolveKey(hKey, key));
     if (code != kDone) {
         return code;
     }
@@ -212,7 +133,7 @@ LSTATUS WINAPI RegCreateKeyExA(HKEY hKey, LPCSTR lpSubKey, DWORD Reserved, LPSTR
         code = CreateKeyAt(path);
     }
     if (code == kDone) {
-        code = OpenHandle(path, samDesired, phkResult);
+        code = OpenKeyHandle(path, samDesired, phkResult);
     }
     if (code == kDone && lpdwDisposition != nullptr) {
         *lpdwDisposition = isNew ? REG_CREATED_NEW_KEY : REG_OPENED_EXISTING_KEY;
@@ -226,7 +147,7 @@ LSTATUS WINAPI RegQueryValueExA(HKEY hKey, LPCSTR lpValueName, LPDWORD lpReserve
         return Code(ERROR_INVALID_PARAMETER);
     }
     OpenKey key;
-    LSTATUS code = Resolve(hKey, key);
+    LSTATUS code = Code(ResolveKey(hKey, key));
     if (code != kDone) {
         return code;
     }
@@ -247,7 +168,7 @@ LSTATUS WINAPI RegSetValueExA(HKEY hKey, LPCSTR lpValueName, DWORD Reserved, DWO
         return kNoAccessToMemory;
     }
     OpenKey key;
-    LSTATUS code = Resolve(hKey, key);
+    LSTATUS code = Code(ResolveKey(hKey, key));
     if (code != kDone) {
         return code;
     }
@@ -273,7 +194,7 @@ LSTATUS WINAPI RegEnumValueA(HKEY hKey, DWORD dwIndex, LPSTR lpValueName, LPDWOR
         return Code(ERROR_INVALID_PARAMETER);
     }
     OpenKey key;
-    LSTATUS code = Resolve(hKey, key);
+    LSTATUS code = Code(ResolveKey(hKey, key));
     if (code != kDone) {
         return code;
     }
@@ -298,7 +219,7 @@ LSTATUS WINAPI RegDeleteKeyA(HKEY hKey, LPCSTR lpSubKey) {
         return Code(ERROR_INVALID_PARAMETER);
     }
     OpenKey key;
-    LSTATUS code = Resolve(hKey, key);
+    LSTATUS code = Code(ResolveKey(hKey, key));
     if (code != kDone) {
         return code;
     }

@@ -6,10 +6,10 @@
 #include <string_view>
 #include <vector>
 
-#include "machine/system/machine.h"
+#include "machine/base/machine.h"
+#include "machine/base/text.h"
 #include "machine/operations.h"
 #include "machine/registry/profiles.h"
-#include "machine/base/text.h"
 
 namespace pikel::simulated {
 

@@ -5,8 +5,10 @@
 #include <array>
 #include <utility>
 
-#include "machine/system/machine.h"
+#include "machine/base/machine.h"
 #include "machine/base/text.h"
+#include "machine/files/files.h"
+#include "machine/registry/registry.h"
 
 namespace pikel::simulated {
 

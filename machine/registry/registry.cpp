@@ -6,8 +6,8 @@
 #include <stdexcept>
 #include <utility>
 
-#include "machine/registry/tree.h"
 #include "machine/base/text.h"
+#include "machine/registry/tree.h"
 
 namespace pikel::simulated {
 

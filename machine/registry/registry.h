@@ -1,3 +1,6 @@
+// The registry room: the registry itself, and the profile files that hold what the registry doesn't. It stands on the
+// files.
+//
 // The machine's registry, kept as "Windows Registry Editor Version 5.00" text in registry.reg. Keys and value names
 // match without regard to case and keep their spelling. A path names the root in full or short:
 // "HKEY_LOCAL_MACHINE\SYSTEM", "HKLM\SYSTEM"; HKEY_CLASSES_ROOT is HKLM\SOFTWARE\Classes, and
@@ -20,15 +23,10 @@
 #include <utility>
 #include <vector>
 
+#include "machine/registry/value.h"
 #include "platform/types.h"
 
 namespace pikel::simulated {
-
-struct RegistryValue {
-    std::string name;  ///< empty: the default value
-    DWORD type = 0;
-    std::string data;  ///< bytes as stored; texts in the active code page with their NUL
-};
 
 struct RegistryTree;
 

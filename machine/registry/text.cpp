@@ -4,8 +4,9 @@
 #include <optional>
 #include <utility>
 
-#include "machine/registry/tree.h"
 #include "machine/base/text.h"
+#include "machine/registry/registry.h"
+#include "machine/registry/tree.h"
 
 namespace pikel::simulated {
 
@@ -78,10 +79,6 @@ std::optional<std::string> AsUtf16(UINT codePage, std::string_view text) {
         bytes += static_cast<char>(unit >> 8);
     }
     return bytes;
-}
-
-bool IsTextType(DWORD type) {
-    return type == REG_SZ || type == REG_EXPAND_SZ || type == REG_MULTI_SZ;
 }
 
 void AppendHexByte(std::string& out, char byte) {
@@ -285,7 +282,7 @@ std::optional<unsigned> HexDigit(char c) {
     return std::nullopt;
 }
 
-std::string_view TrimBlanks(std::string_view text) {
+std::string_view TrimLine(std::string_view text) {
     constexpr std::string_view blanks = " \t\r";
     std::size_t first = text.find_first_not_of(blanks);
     if (first == std::string_view::npos) {
@@ -313,12 +310,12 @@ class Reader {
 
   private:
     void ReadLines() {
-        if (!NextLine() || TrimBlanks(m_line) != kHeader) {
+        if (!NextLine() || TrimLine(m_line) != kHeader) {
             throw BadLine{"the first line has to be \"" + std::string(kHeader) + "\""};
         }
         bool isEnded = false;
         while (NextLine()) {
-            std::string_view line = TrimBlanks(m_line);
+            std::string_view line = TrimLine(m_line);
             if (line.empty()) {
                 continue;
             }
@@ -417,11 +414,11 @@ class Reader {
         } else {
             throw BadLine{"neither a key, a value nor a comment"};
         }
-        line = TrimBlanks(line);
+        line = TrimLine(line);
         if (!line.starts_with('=')) {
             throw BadLine{"= is missing behind the value's name"};
         }
-        line = TrimBlanks(line.substr(1));
+        line = TrimLine(line.substr(1));
         DWORD type = REG_SZ;
         std::string data = ReadData(line, &type);
         m_tree.SetValue(*m_key, name, type, std::move(data));
@@ -430,7 +427,7 @@ class Reader {
     std::string ReadData(std::string_view line, DWORD* type) {
         if (line.starts_with('"')) {
             std::string data = TakeQuoted(line);
-            if (!TrimBlanks(line).empty()) {
+            if (!TrimLine(line).empty()) {
                 throw BadLine{"text behind the closing quote"};
             }
             data += '\0';
@@ -475,7 +472,7 @@ class Reader {
     /// Bytes from this line and those that continue it.
     std::string HexBytes(std::string_view line) {
         std::string bytes;
-        line = TrimBlanks(line);
+        line = TrimLine(line);
         while (true) {
             bool isContinued = line.ends_with('\\');
             if (isContinued) {
@@ -488,7 +485,7 @@ class Reader {
             if (!NextLine()) {
                 throw BadLine{"the line that continues the value is missing"};
             }
-            line = TrimBlanks(m_line);
+            line = TrimLine(m_line);
         }
     }
 

@@ -1,4 +1,4 @@
-// The keys and values of a registry, as registry.cpp and registry_text.cpp share them.
+// The keys and values of a registry, as registry.cpp and text.cpp share them.
 #pragma once
 
 #include <cstdint>
@@ -9,7 +9,8 @@
 #include <string_view>
 #include <vector>
 
-#include "machine/registry/registry.h"
+#include "machine/registry/value.h"
+#include "platform/types.h"
 
 namespace pikel::simulated {
 

@@ -4,7 +4,7 @@
 #include <algorithm>
 #include <cstring>
 
-#include "machine/system/machine.h"
+#include "machine/base/machine.h"
 
 namespace pikel::simulated {
 

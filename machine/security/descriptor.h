@@ -1,3 +1,6 @@
+// The security room: SIDs, descriptors and their texts, the user's token and rights. It stands on the registry, where
+// the machine says who its user is.
+//
 // Security descriptors: owner, group and the two lists of rights, and their bytes in the self-relative form. The
 // entries of a list are kept as they are, so that a descriptor with entries of a kind that nobody here knows comes
 // through whole.

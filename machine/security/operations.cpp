@@ -1,6 +1,7 @@
 // Tokens, SIDs and descriptor texts.
 #include <cstring>
 
+#include "machine/base/last_error.h"
 #include "machine/operations.h"
 #include "machine/security/descriptor.h"
 #include "machine/security/descriptor_text.h"

@@ -6,19 +6,18 @@
 #include <cstdio>
 #include <cstring>
 
-#include "machine/system/machine.h"
+#include "machine/base/machine.h"
 
 namespace pikel::simulated {
 
 namespace {
 
-constexpr BYTE kRevision = 1;
+constexpr BYTE kSidRevision = 1;  // SID_REVISION
 constexpr std::uint64_t kWorldAuthority = 1;
 constexpr std::uint64_t kCreatorAuthority = 3;
 constexpr std::uint64_t kNtAuthority = 5;
 constexpr std::uint64_t kLargestAuthority = 0xFFFF'FFFF'FFFF;
 constexpr DWORD kNonUnique = 21;  // accounts of a machine or a domain
-constexpr DWORD kAdministratorAccount = 500;
 constexpr DWORD kGuestAccount = 501;
 
 /// One well-known SID: at most two sub-authorities, of which the alias is 0 where there is one.
@@ -120,7 +119,7 @@ DWORD HashOf(std::string_view name, DWORD seed) {
 std::string BytesOf(const Sid& sid) {
     std::string bytes;
     bytes.reserve(SidSize(sid.subAuthorities.size()));
-    bytes += static_cast<char>(kRevision);
+    bytes += static_cast<char>(kSidRevision);
     bytes += static_cast<char>(sid.subAuthorities.size());
     for (int shift = 40; shift >= 0; shift -= 8) {  // the authority alone has its high byte first
         bytes += static_cast<char>(sid.authority >> shift & 0xFF);
@@ -132,7 +131,7 @@ std::string BytesOf(const Sid& sid) {
 }
 
 std::optional<Sid> ReadSid(std::string_view bytes) {
-    if (bytes.size() < SidSize(0) || static_cast<BYTE>(bytes[0]) != kRevision) {
+    if (bytes.size() < SidSize(0) || static_cast<BYTE>(bytes[0]) != kSidRevision) {
         return std::nullopt;
     }
     const std::size_t count = static_cast<BYTE>(bytes[1]);
@@ -152,7 +151,7 @@ std::optional<Sid> ReadSid(std::string_view bytes) {
 
 std::optional<std::string_view> SidBytesAt(const void* sid) {
     const auto* bytes = static_cast<const BYTE*>(sid);
-    if (bytes == nullptr || bytes[0] != kRevision || bytes[1] > Sid::kMaxSubAuthorities) {
+    if (bytes == nullptr || bytes[0] != kSidRevision || bytes[1] > Sid::kMaxSubAuthorities) {
         return std::nullopt;
     }
     return std::string_view(reinterpret_cast<const char*>(bytes), SidSize(bytes[1]));

@@ -45,6 +45,8 @@ Sid AuthenticatedUsersSid();
 Sid BuiltinSid(DWORD alias);
 /// The machine's own accounts have this in front. It goes by the computer's name.
 Sid MachineSid(const Machine& machine);
+/// Number of the machine's own administrator (DOMAIN_USER_RID_ADMIN).
+inline constexpr DWORD kAdministratorAccount = 500;
 /// An account of the machine: 500 Administrator, 501 Guest, from 1000 on users.
 Sid AccountSid(const Machine& machine, DWORD number);
 

@@ -1,12 +1,13 @@
 // The token of the machine's user.
 #include "machine/security/token.h"
 
+#include "machine/registry/registry.h"
+
 namespace pikel::simulated {
 
 namespace {
 
 constexpr DWORD kUsers = 0x221;
-constexpr DWORD kAdministratorAccount = 500;
 constexpr DWORD kFirstUser = 1000;
 constexpr DWORD kMember = SE_GROUP_MANDATORY | SE_GROUP_ENABLED_BY_DEFAULT | SE_GROUP_ENABLED;
 

@@ -12,7 +12,7 @@
 #include <string>
 #include <vector>
 
-#include "machine/system/machine.h"
+#include "machine/base/machine.h"
 #include "machine/security/sid.h"
 
 namespace pikel::simulated {

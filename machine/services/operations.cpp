@@ -5,10 +5,12 @@
 #include <string_view>
 #include <vector>
 
-#include "machine/system/machine.h"
-#include "machine/operations.h"
-#include "machine/services/services.h"
+#include "machine/base/machine.h"
 #include "machine/base/text.h"
+#include "machine/operations.h"
+#include "machine/registry/registry.h"
+#include "machine/services/handles.h"
+#include "machine/services/services.h"
 
 namespace pikel::simulated {
 
@@ -17,72 +19,12 @@ namespace {
 constexpr DWORD kControlInterrogate = 4;
 constexpr DWORD kInvalidAddress = 487;  // ERROR_INVALID_ADDRESS
 
-// Rights on the manager and on a service, and what generic rights stand for (winsvc.h).
-constexpr DWORD kManagerAll = 0xF003F;
-constexpr DWORD kManagerRead = 0x20000 | 0x4 | 0x10;
-constexpr DWORD kManagerWrite = 0x20000 | 0x2 | 0x20;
-constexpr DWORD kManagerExecute = 0x20000 | 0x1 | 0x8;
-constexpr DWORD kManagerForEverybody = 0x20000 | 0x1 | 0x4 | 0x10;
-constexpr DWORD kServiceRead = 0x20000 | 0x1 | 0x4 | 0x8 | 0x80;
-constexpr DWORD kServiceWrite = 0x20000 | 0x2;
-constexpr DWORD kServiceExecute = 0x20000 | 0x10 | 0x20 | 0x40 | 0x100;
-constexpr DWORD kServiceForEverybody = kServiceRead | 0x100;
-
 constexpr DWORD kQueryConfig = 0x1;
 constexpr DWORD kQueryStatus = 0x4;
 constexpr DWORD kEnumerateDependents = 0x8;
 constexpr DWORD kStart = 0x10;
 constexpr DWORD kStop = 0x20;
 constexpr DWORD kInterrogate = 0x80;
-
-/// What a handle of the manager or of a service stands for; the manager has no name.
-struct OpenService {
-    std::string name;
-    DWORD access;
-};
-
-struct GenericRights {
-    DWORD read, write, execute, all;
-};
-
-DWORD Mapped(DWORD access, const GenericRights& rights) {
-    DWORD mapped = access & 0x0fffffff;
-    mapped |= (access & GENERIC_READ) != 0 ? rights.read : 0;
-    mapped |= (access & GENERIC_WRITE) != 0 ? rights.write : 0;
-    mapped |= (access & GENERIC_EXECUTE) != 0 ? rights.execute : 0;
-    mapped |= (access & GENERIC_ALL) != 0 ? rights.all : 0;
-    return mapped;
-}
-
-bool IsRefused(DWORD access, DWORD forEverybody) {
-    return !Current().System().administrator && (access & ~forEverybody) != 0;
-}
-
-SC_HANDLE OpenHandle(std::string name, DWORD access) {
-    std::string description = name.empty() ? "service control manager" : name;
-    auto object = std::make_shared<OpenService>(OpenService{std::move(name), access});
-    return static_cast<SC_HANDLE>(
-        Current().Handles().Open(HandleKind::Service, std::move(object), std::move(description)));
-}
-
-OpenService* Find(SC_HANDLE handle) {
-    return Current().Handles().Find<OpenService>(HandleKind::Service, handle);
-}
-
-/// The name of a service whose handle carries a right. Null, with the last error set, for any other handle.
-const std::string* ServiceOf(SC_HANDLE handle, DWORD right) {
-    if (Current().Is9x()) {
-        return Fail<const std::string*>(ERROR_CALL_NOT_IMPLEMENTED, nullptr);
-    }
-    const OpenService* service = Find(handle);
-    if (service == nullptr || service->name.empty()) {
-        return Fail<const std::string*>(ERROR_INVALID_HANDLE, nullptr);
-    }
-    if ((service->access & right) == 0) {
-        return Fail<const std::string*>(ERROR_ACCESS_DENIED, nullptr);
-    }
-    return &service->name;
-}
 
 Registry& Keys() {
     return Current().Registry();
@@ -131,18 +73,14 @@ SC_HANDLE WINAPI OpenSCManagerA(LPCSTR lpMachineName, LPCSTR lpDatabaseName, DWO
         bool isKnown = EqualNoCase(database, "ServicesFailed");
         return Fail<SC_HANDLE>(isKnown ? ERROR_DATABASE_DOES_NOT_EXIST : ERROR_INVALID_NAME, nullptr);
     }
-    DWORD access = Mapped(dwDesiredAccess, {kManagerRead, kManagerWrite, kManagerExecute, kManagerAll});
-    if (IsRefused(access, kManagerForEverybody)) {
-        return Fail<SC_HANDLE>(ERROR_ACCESS_DENIED, nullptr);
-    }
-    return OpenHandle("", access);
+    return OpenManager(dwDesiredAccess);
 }
 
 SC_HANDLE WINAPI OpenServiceA(SC_HANDLE hSCManager, LPCSTR lpServiceName, DWORD dwDesiredAccess) {
     if (Current().Is9x()) {
         return Fail<SC_HANDLE>(ERROR_CALL_NOT_IMPLEMENTED, nullptr);
     }
-    const OpenService* manager = Find(hSCManager);
+    const OpenService* manager = FindService(hSCManager);
     if (manager == nullptr || !manager->name.empty()) {
         return Fail<SC_HANDLE>(ERROR_INVALID_HANDLE, nullptr);
     }
@@ -152,11 +90,7 @@ SC_HANDLE WINAPI OpenServiceA(SC_HANDLE hSCManager, LPCSTR lpServiceName, DWORD 
     if (!Current().Services().Exists(lpServiceName)) {
         return Fail<SC_HANDLE>(ERROR_SERVICE_DOES_NOT_EXIST, nullptr);
     }
-    DWORD access = Mapped(dwDesiredAccess, {kServiceRead, kServiceWrite, kServiceExecute, SERVICE_ALL_ACCESS});
-    if (IsRefused(access, kServiceForEverybody)) {
-        return Fail<SC_HANDLE>(ERROR_ACCESS_DENIED, nullptr);
-    }
-    return OpenHandle(lpServiceName, access);
+    return OpenOneService(lpServiceName, dwDesiredAccess);
 }
 
 BOOL WINAPI CloseServiceHandle(SC_HANDLE hSCObject) {

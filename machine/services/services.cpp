@@ -4,8 +4,9 @@
 #include <algorithm>
 #include <set>
 
-#include "machine/system/machine.h"
+#include "machine/base/machine.h"
 #include "machine/base/text.h"
+#include "machine/registry/registry.h"
 
 namespace pikel::simulated {
 

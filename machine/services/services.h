@@ -1,3 +1,5 @@
+// The services room: the service control manager. It stands on the registry, and on the files where it holds programs.
+//
 // Services of the machine, described by registry keys under System\CurrentControlSet\Services. Their states live with
 // the process that opened the machine: a fresh machine comes up with its automatic services running.
 #pragma once

@@ -6,10 +6,14 @@
 #include <optional>
 #include <string_view>
 
-#include "machine/files/compressed.h"
-#include "machine/setup/directory_ids.h"
-#include "machine/system/machine.h"
+#include "machine/base/machine.h"
+#include "machine/base/text.h"
+#include "machine/files/files.h"
+#include "machine/files/path.h"
+#include "machine/inf/directory_ids.h"
 #include "machine/operations.h"
+#include "machine/registry/registry.h"
+#include "machine/setup/compressed.h"
 
 namespace pikel::simulated {
 

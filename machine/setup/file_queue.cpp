@@ -4,9 +4,12 @@
 #include <array>
 #include <map>
 
-#include "machine/setup/directory_ids.h"
+#include "machine/base/machine.h"
+#include "machine/base/text.h"
+#include "machine/files/files.h"
+#include "machine/files/path.h"
+#include "machine/inf/directory_ids.h"
 #include "machine/setup/file_copy.h"
-#include "machine/system/machine.h"
 
 namespace pikel::simulated {
 

@@ -1,3 +1,6 @@
+// The setup room: what the Setup API does with INFs and files: queues, install sections, compressed files, the INFs
+// that the system has installed. It stands on the INF room, on files, registry and security.
+//
 // A queue of file operations, filled from install sections and done in one go.
 #pragma once
 

@@ -2,8 +2,10 @@
 
 #include <functional>
 
+#include "machine/base/machine.h"
+#include "machine/base/text.h"
+#include "machine/files/path.h"
 #include "machine/inf/number.h"
-#include "machine/system/machine.h"
 
 namespace pikel::simulated {
 

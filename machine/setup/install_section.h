@@ -3,8 +3,8 @@
 
 #include <string_view>
 
-#include "machine/setup/file_queue.h"
 #include "machine/inf/open_inf.h"
+#include "machine/setup/file_queue.h"
 #include "platform/types.h"
 
 namespace pikel::simulated {

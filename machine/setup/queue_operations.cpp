@@ -1,12 +1,13 @@
 // Setup API: file queues, their callbacks, and the installation of files and registry entries from INF sections.
 #include <cstring>
 
+#include "machine/base/machine.h"
+#include "machine/files/path.h"
+#include "machine/inf/open_inf.h"
+#include "machine/operations.h"
 #include "machine/setup/file_copy.h"
 #include "machine/setup/file_queue.h"
 #include "machine/setup/install_section.h"
-#include "machine/system/machine.h"
-#include "machine/inf/open_inf.h"
-#include "machine/operations.h"
 
 namespace pikel::simulated {
 

@@ -5,10 +5,12 @@
 #include <string>
 #include <vector>
 
+#include "machine/base/machine.h"
+#include "machine/base/text.h"
 #include "machine/inf/number.h"
-#include "machine/setup/install_section.h"
-#include "machine/system/machine.h"
 #include "machine/registry/handles.h"
+#include "machine/registry/registry.h"
+#include "machine/setup/install_section.h"
 
 namespace pikel::simulated {
 

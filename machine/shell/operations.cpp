@@ -1,10 +1,13 @@
 // The shell's calls: news of changes, known folders.
-#include <algorithm>
 #include <cstring>
 
-#include "machine/modules/desktop.h"
+#include "machine/base/machine.h"
+#include "machine/base/text.h"
+#include "machine/desktop/desktop.h"
+#include "machine/files/files.h"
 #include "machine/operations.h"
-#include "machine/spooler/spooler.h"
+#include "machine/shell/known_folders.h"
+#include "machine/shell/result.h"
 
 namespace pikel::simulated {
 
@@ -26,46 +29,6 @@ std::string ItemText(UINT flags, LPCVOID item) {
 constexpr int kCreateFolder = 0x8000;  // CSIDL_FLAG_CREATE
 constexpr int kDontVerify = 0x4000;    // CSIDL_FLAG_DONT_VERIFY
 constexpr DWORD kDefaultPath = 1;      // SHGFP_TYPE_DEFAULT; users of the machine have not moved their folders
-
-constexpr char kShellFolders[] = "\\Software\\Microsoft\\Windows\\CurrentVersion\\Explorer\\Shell Folders";
-
-/// Folders whose paths stand in the registry. Those of all users are the user's own on the 9x family.
-struct FolderRow {
-    int id;
-    const char* name;
-    const char* nameOfAllUsers;  ///< null: the user's own
-};
-constexpr FolderRow kFolders[] = {
-    {CSIDL_PROGRAMS, "Programs", nullptr},                   //
-    {0x0b, "Start Menu", nullptr},                           // CSIDL_STARTMENU
-    {0x16, "Start Menu", "Common Start Menu"},               // CSIDL_COMMON_STARTMENU
-    {CSIDL_COMMON_PROGRAMS, "Programs", "Common Programs"},  //
-};
-
-/// Path of a folder; empty for one that the machine doesn't know.
-std::string KnownFolder(Machine& machine, int id) {
-    switch (id) {
-        case 0x24:  // CSIDL_WINDOWS
-            return machine.System().windowsDirectory;
-        case 0x25:  // CSIDL_SYSTEM
-            return machine.System().systemDirectory;
-        case 0x26:  // CSIDL_PROGRAM_FILES
-            return machine.Registry().Text("HKLM\\SOFTWARE\\Microsoft\\Windows\\CurrentVersion", "ProgramFilesDir");
-        default:
-            break;
-    }
-    const auto* row = std::ranges::find(kFolders, id, &FolderRow::id);
-    if (row == std::end(kFolders)) {
-        return {};
-    }
-    const bool ofAllUsers = row->nameOfAllUsers != nullptr && !machine.Is9x();
-    return machine.Registry().Text(std::string(ofAllUsers ? "HKLM" : "HKCU") + kShellFolders,
-                                   ofAllUsers ? row->nameOfAllUsers : row->name);
-}
-
-HRESULT ResultOf(DWORD code) {
-    return code == ERROR_SUCCESS ? S_OK : static_cast<HRESULT>(0x80070000 | code);
-}
 
 }  // namespace
 

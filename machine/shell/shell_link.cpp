@@ -6,6 +6,10 @@
 #include <cstring>
 #include <memory>
 
+#include "machine/shell/result.h"
+#include "machine/base/text.h"
+#include "machine/files/files.h"
+
 namespace pikel::simulated {
 
 namespace {
@@ -15,10 +19,6 @@ constexpr char kLineEnd[] = "\r\n";
 constexpr HRESULT kNotImplemented = static_cast<HRESULT>(0x80004001);
 constexpr HRESULT kPathNotFound = static_cast<HRESULT>(0x80030003);
 constexpr std::size_t kLongestPath = 259;
-
-HRESULT ResultOf(DWORD code) {
-    return code == ERROR_SUCCESS ? S_OK : static_cast<HRESULT>(0x80070000 | code);
-}
 
 void AddLine(std::string* text, std::string_view name, std::string value, UINT codePage) {
     if (value.empty()) {

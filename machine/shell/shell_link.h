@@ -1,3 +1,6 @@
+// The shell room: shell links, known folders, and news of changes, which the desktop keeps. It stands on desktop, files
+// and registry.
+//
 // Shell links of the machine: COM objects that save themselves as text that a person can read.
 //
 //   [Shell Link]
@@ -14,7 +17,7 @@
 #include <string>
 #include <string_view>
 
-#include "machine/system/machine.h"
+#include "machine/base/machine.h"
 
 namespace pikel::simulated {
 

@@ -6,11 +6,15 @@
 #include <set>
 #include <vector>
 
+#include "machine/base/last_error.h"
+#include "machine/base/names.h"
+#include "machine/base/text.h"
 #include "machine/operations.h"
-#include "machine/spooler/spooler.h"
-#include "machine/spooler/connections.h"
+#include "machine/registry/registry.h"
+#include "machine/spooler/connection_store.h"
 #include "machine/spooler/drivers.h"
 #include "machine/spooler/ports.h"
+#include "machine/spooler/spooler.h"
 
 namespace pikel::simulated {
 
@@ -45,7 +49,7 @@ std::string DefaultPrinter::Name() const {
     if (!m_machine.Is9x()) {
         return std::string(UpToComma(m_machine.Registry().Text(kWindowsKey, "Device")));
     }
-    for (const Printer& printer : Printers(m_machine).List()) {
+    for (const Printer& printer : PrinterStore(m_machine).List()) {
         if ((printer.attributes & PRINTER_ATTRIBUTE_DEFAULT) != 0) {
             return printer.name;
         }
@@ -77,12 +81,12 @@ void DefaultPrinter::SetDeviceText(std::string_view text) {
 
 /// Moves the bit to a printer; an empty name takes it from all.
 void DefaultPrinter::MarkIn9xAttributes(std::string_view name) {
-    for (const Printer& printer : Printers(m_machine).List()) {
+    for (const Printer& printer : PrinterStore(m_machine).List()) {
         const bool isIt = IsSameName(m_machine, printer.name, name);
         const DWORD others = printer.attributes & ~PRINTER_ATTRIBUTE_DEFAULT;
         const DWORD attributes = isIt ? others | PRINTER_ATTRIBUTE_DEFAULT : others;
         if (attributes != printer.attributes) {
-            m_machine.Registry().SetNumber(Printers::KeyOf(printer.name), "Attributes", attributes);
+            m_machine.Registry().SetNumber(PrinterStore::KeyOf(printer.name), "Attributes", attributes);
         }
     }
 }
@@ -191,12 +195,12 @@ void DefaultPrinter::Removed(const Printer& printer) {
     if (!m_machine.Is9x() && m_machine.Generation() < Generation::Windows2000) {
         return;
     }
-    const std::vector<Printer> others = Printers(m_machine).List();
+    const std::vector<Printer> others = PrinterStore(m_machine).List();
     if (!others.empty()) {
         Set(others.front());
         return;
     }
-    const std::vector<Printer> connections = Connections(m_machine).List();
+    const std::vector<Printer> connections = ConnectionStore(m_machine).List();
     if (!connections.empty()) {
         Set(connections.front());
     }

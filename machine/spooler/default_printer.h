@@ -9,8 +9,7 @@
 #include <string>
 #include <string_view>
 
-#include "machine/system/machine.h"
-#include "machine/spooler/printers.h"
+#include "machine/spooler/printer_store.h"
 
 namespace pikel::simulated {
 

@@ -5,8 +5,12 @@
 #include <cstring>
 #include <unordered_set>
 
-#include "machine/spooler/spooler.h"
+#include "machine/base/names.h"
+#include "machine/base/text.h"
+#include "machine/files/files.h"
+#include "machine/registry/registry.h"
 #include "machine/spooler/monitors.h"
+#include "machine/spooler/spooler.h"
 
 namespace pikel::simulated {
 

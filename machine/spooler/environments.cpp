@@ -3,6 +3,9 @@
 
 #include <algorithm>
 
+#include "machine/base/text.h"
+#include "machine/files/files.h"
+#include "machine/registry/registry.h"
 #include "machine/spooler/spooler.h"
 
 namespace pikel::simulated {

@@ -12,7 +12,7 @@
 #include <string_view>
 #include <vector>
 
-#include "machine/system/machine.h"
+#include "machine/base/machine.h"
 
 namespace pikel::simulated {
 

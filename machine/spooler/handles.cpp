@@ -1,8 +1,8 @@
 // Printer handles.
 #include "machine/spooler/handles.h"
 
-#include "machine/spooler/spooler.h"
 #include "machine/spooler/connections.h"
+#include "machine/spooler/spooler.h"
 
 namespace pikel::simulated {
 

@@ -4,7 +4,7 @@
 #include <optional>
 #include <string>
 
-#include "machine/system/machine.h"
+#include "machine/base/machine.h"
 #include "machine/spooler/printers.h"
 
 namespace pikel::simulated {

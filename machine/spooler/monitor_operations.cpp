@@ -1,26 +1,16 @@
-// The spooler's calls about monitors and ports.
+// The spooler's calls about monitors.
 #include <cstring>
 
 #include "machine/base/info_buffer.h"
+#include "machine/base/last_error.h"
+#include "machine/base/text.h"
 #include "machine/operations.h"
-#include "machine/spooler/spooler.h"
+#include "machine/security/rights.h"
 #include "machine/spooler/monitors.h"
-#include "machine/spooler/ports.h"
+#include "machine/spooler/removal.h"
+#include "machine/spooler/spooler.h"
 
 namespace pikel::simulated {
-
-namespace {
-
-/// What an enumeration at levels 1 and 2 checks first.
-DWORD CheckEnumeration(const Machine& machine, DWORD level, const InfoBuffer& buffer) {
-    if (buffer.returned == nullptr) {
-        return machine.Is9x() ? ERROR_INVALID_PARAMETER : RPC_X_NULL_REF_POINTER;
-    }
-    const DWORD code = CheckInfoBuffer(buffer, !machine.Is9x());
-    return code == ERROR_SUCCESS && level != 1 && level != 2 ? static_cast<DWORD>(ERROR_INVALID_LEVEL) : code;
-}
-
-}  // namespace
 
 BOOL WINAPI EnumMonitorsA(LPSTR pName, DWORD Level, LPBYTE pMonitors, DWORD cbBuf, LPDWORD pcbNeeded,
                           LPDWORD pcReturned) {
@@ -71,28 +61,7 @@ BOOL WINAPI DeleteMonitorA(LPSTR pName, LPSTR pEnvironment, LPSTR pMonitorName) 
         if (!environment.empty() && !EqualNoCase(environment, machine.Environment())) {
             return ERROR_INVALID_ENVIRONMENT;
         }
-        return Monitors(machine).Remove(TextOf(pMonitorName));
-    }));
-}
-
-BOOL WINAPI EnumPortsA(LPSTR pName, DWORD Level, LPBYTE pPorts, DWORD cbBuf, LPDWORD pcbNeeded, LPDWORD pcReturned) {
-    return Outcome(CallSpooler(pName, [&](Machine& machine) -> DWORD {
-        const InfoBuffer buffer{pPorts, cbBuf, pcbNeeded, pcReturned};
-        if (const DWORD code = CheckEnumeration(machine, Level, buffer); code != ERROR_SUCCESS) {
-            return code;
-        }
-        const std::vector<Port> ports = Ports(machine).List();
-        if (Level == 1) {
-            return AnswerWith<PORT_INFO_1A>(buffer, ports, [](InfoSpace& space, PORT_INFO_1A& info, const Port& port) {
-                info.pName = space.Text(port.name);
-            });
-        }
-        return AnswerWith<PORT_INFO_2A>(buffer, ports, [](InfoSpace& space, PORT_INFO_2A& info, const Port& port) {
-            info.pPortName = space.Text(port.name);
-            info.pMonitorName = space.Text(port.monitor);
-            info.pDescription = space.Text(port.monitor);
-            info.fPortType = port.type;
-        });
+        return RemoveMonitor(machine, TextOf(pMonitorName));
     }));
 }
 

@@ -3,11 +3,12 @@
 
 #include <algorithm>
 
+#include "machine/base/names.h"
+#include "machine/base/text.h"
+#include "machine/files/files.h"
+#include "machine/registry/registry.h"
 #include "machine/services/services.h"
 #include "machine/spooler/spooler.h"
-#include "machine/spooler/drivers.h"
-#include "machine/spooler/environments.h"
-#include "machine/spooler/ports.h"
 
 namespace pikel::simulated {
 
@@ -61,26 +62,8 @@ DWORD Monitors::Add(std::string_view name, std::string_view environment, std::st
     return ERROR_SUCCESS;
 }
 
-DWORD Monitors::Remove(std::string_view name) {
-    if (name.empty()) {
-        return ERROR_INVALID_PARAMETER;
-    }
-    if (!Find(name)) {
-        return ERROR_UNKNOWN_PRINT_MONITOR;
-    }
-    if (IsNeeded(name)) {
-        return ERROR_PRINT_MONITOR_IN_USE;
-    }
+void Monitors::Remove(std::string_view name) {
     m_machine.Registry().DeleteKey(KeyOf(name));
-    return ERROR_SUCCESS;
-}
-
-bool Monitors::IsNeeded(std::string_view name) const {
-    const std::vector<Port> ports = Ports(m_machine).List();
-    const std::vector<Driver> drivers = Drivers(m_machine).List(Environments(m_machine).Own());
-    return std::ranges::any_of(ports, [&](const Port& port) { return IsSameName(m_machine, port.monitor, name); }) ||
-           std::ranges::any_of(drivers,
-                               [&](const Driver& driver) { return IsSameName(m_machine, driver.monitorName, name); });
 }
 
 bool Monitors::IsLoaded(std::string_view path) const {
@@ -93,6 +76,10 @@ bool Monitors::IsLoaded(std::string_view path) const {
     return std::ranges::any_of(monitors, [&](const Monitor& monitor) {
         return IsSameName(m_machine, monitor.library, FileName(path, codePage));
     });
+}
+
+void HoldLoadedMonitors(Machine& machine) {
+    machine.Files().SetLoadedTest([&machine](std::string_view path) { return Monitors(machine).IsLoaded(path); });
 }
 
 }  // namespace pikel::simulated

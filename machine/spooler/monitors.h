@@ -7,7 +7,7 @@
 #include <string_view>
 #include <vector>
 
-#include "machine/system/machine.h"
+#include "machine/base/machine.h"
 
 namespace pikel::simulated {
 
@@ -27,8 +27,8 @@ class Monitors {
     /// @return 87 for an empty or impossible name or library; 1805 for another environment; 3006 for a monitor that is
     ///         there; 126 for a library that isn't in the system folder
     DWORD Add(std::string_view name, std::string_view environment, std::string_view library);
-    /// @return 87 for an empty name; 3000 for an unknown monitor; 3008 while a driver or a port needs it
-    DWORD Remove(std::string_view name);
+    /// Takes a monitor out of the registry, whatever needs it; RemoveMonitor asks first.
+    void Remove(std::string_view name);
 
     /// True for the libraries that the running spooler has loaded: other programs can't write or replace them.
     bool IsLoaded(std::string_view path) const;
@@ -37,9 +37,10 @@ class Monitors {
     static std::string KeyOf(std::string_view name);
 
   private:
-    bool IsNeeded(std::string_view name) const;
-
     Machine& m_machine;
 };
+
+/// Makes the libraries that the running spooler has loaded files in use, on a machine that was just opened.
+void HoldLoadedMonitors(Machine& machine);
 
 }  // namespace pikel::simulated

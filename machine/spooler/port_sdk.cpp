@@ -6,10 +6,14 @@
 #include <string>
 #include <string_view>
 
+#include "machine/base/text.h"
+#include "machine/modules/modules.h"
 #include "machine/operations.h"
-#include "machine/spooler/spooler.h"
+#include "machine/registry/registry.h"
+#include "machine/security/rights.h"
 #include "machine/spooler/monitors.h"
 #include "machine/spooler/ports.h"
+#include "machine/spooler/spooler.h"
 
 namespace pikel::simulated {
 
@@ -55,11 +59,6 @@ std::optional<PortSettings> ParseConfiguration(std::string_view text) {
     return settings;
 }
 
-std::string NarrowText(const Machine& machine, BSTR text) {
-    return text == nullptr ? std::string()
-                           : FromWide(machine.System().codePage, std::u16string_view(text, SysStringLen(text)));
-}
-
 bool IsPortName(std::string_view name) {
     return !name.empty() && name.size() <= Registry::kMaxKeyName && name.find_first_of("\\,") == std::string_view::npos;
 }
@@ -87,6 +86,8 @@ void WritePort(Machine& machine, const std::string& key, std::string_view name, 
     registry.SetNumber(key, "SNMP Enabled", 0);
 }
 
+}  // namespace
+
 DWORD MakePort(Machine& machine, const std::string& monitor, std::string_view name, const std::string& queue,
                const std::string& configuration) {
     const std::optional<PortSettings> settings = ParseConfiguration(configuration);
@@ -107,28 +108,10 @@ DWORD MakePort(Machine& machine, const std::string& monitor, std::string_view na
     return kPortCreated;
 }
 
-}  // namespace
-
 void RegisterPortSdk(Machine& machine) {
     // By way of the one function type that every other may be cast to without a warning.
     const auto entry = reinterpret_cast<FARPROC>(reinterpret_cast<void (*)()>(&simulated::CreatePort));
     machine.Modules().Register(kPortSdkPath, {{"CreatePort", entry}});
-}
-
-/// Makes a port and hands out its name.
-DWORD WINAPI CreatePort(BSTR monitor, LPSTR portName, BSTR queueName, BSTR configuration, BSTR* result) {
-    Machine& machine = Current();
-    if (monitor == nullptr || portName == nullptr || result == nullptr) {
-        return kPortBadArgument;
-    }
-    *result = nullptr;
-    const DWORD code = MakePort(machine, NarrowText(machine, monitor), portName, NarrowText(machine, queueName),
-                                NarrowText(machine, configuration));
-    if (code == kPortCreated) {
-        const std::u16string name = ToWide(machine.System().codePage, portName);
-        *result = SysAllocStringLen(name.data(), static_cast<UINT>(name.size()));
-    }
-    return code;
 }
 
 }  // namespace pikel::simulated

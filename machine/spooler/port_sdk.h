@@ -3,7 +3,10 @@
 // Protocol (1 raw, 2 LPR), PortNumber, Queue, Double Spool (1: bytes are counted before sending) and SNMP Enabled.
 #pragma once
 
-#include "machine/system/machine.h"
+#include <string>
+#include <string_view>
+
+#include "machine/base/machine.h"
 #include "platform/types.h"
 
 namespace pikel::simulated {
@@ -18,5 +21,10 @@ inline constexpr DWORD kPortExists = 0x80000;
 
 /// Makes the library known to a machine that was just opened.
 void RegisterPortSdk(Machine& machine);
+
+/// Makes a port.
+/// @return one of the four
+DWORD MakePort(Machine& machine, const std::string& monitor, std::string_view name, const std::string& queue,
+               const std::string& configuration);
 
 }  // namespace pikel::simulated

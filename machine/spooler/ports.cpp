@@ -3,9 +3,12 @@
 
 #include <algorithm>
 
+#include "machine/base/names.h"
+#include "machine/base/text.h"
 #include "machine/operations.h"
-#include "machine/spooler/spooler.h"
+#include "machine/registry/registry.h"
 #include "machine/spooler/monitors.h"
+#include "machine/spooler/spooler.h"
 
 namespace pikel::simulated {
 

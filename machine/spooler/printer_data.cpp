@@ -1,12 +1,12 @@
 // What printers keep beside their settings.
 #include "machine/spooler/printer_data.h"
 
-#include "machine/spooler/printers.h"
+#include "machine/spooler/printer_store.h"
 
 namespace pikel::simulated {
 
 std::string PrinterData::KeyOf(std::string_view key) const {
-    return Printers::KeyOf(m_printer) + "\\" + std::string(key);
+    return PrinterStore::KeyOf(m_printer) + "\\" + std::string(key);
 }
 
 DWORD PrinterData::Set(std::string_view key, std::string_view value, DWORD type, std::string_view data) {

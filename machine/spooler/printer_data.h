@@ -6,7 +6,7 @@
 #include <string>
 #include <string_view>
 
-#include "machine/system/machine.h"
+#include "machine/base/machine.h"
 #include "machine/registry/registry.h"
 
 namespace pikel::simulated {

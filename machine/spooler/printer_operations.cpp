@@ -1,13 +1,17 @@
 // The spooler's calls about printers.
 #include "machine/base/info_buffer.h"
-#include "machine/network/browse.h"
+#include "machine/base/last_error.h"
+#include "machine/base/names.h"
+#include "machine/base/text.h"
 #include "machine/operations.h"
-#include "machine/spooler/spooler.h"
+#include "machine/security/rights.h"
+#include "machine/spooler/browse.h"
 #include "machine/spooler/connections.h"
 #include "machine/spooler/default_printer.h"
 #include "machine/spooler/handles.h"
 #include "machine/spooler/printer_records.h"
 #include "machine/spooler/printers.h"
+#include "machine/spooler/spooler.h"
 
 namespace pikel::simulated {
 

@@ -4,21 +4,16 @@
 #include <cstddef>
 #include <cstring>
 
-#include "machine/spooler/spooler.h"
+#include "machine/base/info_buffer.h"
+#include "machine/base/text.h"
 #include "machine/spooler/printer_security.h"
 #include "machine/spooler/publishing.h"
+#include "machine/spooler/spooler.h"
 #include "machine/spooler/user_dev_modes.h"
 
 namespace pikel::simulated {
 
 namespace {
-
-template <class Info>
-Info Load(LPBYTE bytes) {
-    Info info;
-    std::memcpy(&info, bytes, sizeof info);
-    return info;
-}
 
 bool IsFrom2000(const Machine& machine) {
     return !machine.Is9x() && machine.Generation() >= Generation::Windows2000;

@@ -3,7 +3,7 @@
 
 #include <string>
 
-#include "machine/system/machine.h"
+#include "machine/base/machine.h"
 
 namespace pikel::simulated {
 

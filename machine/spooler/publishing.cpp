@@ -4,7 +4,8 @@
 #include <cstdint>
 #include <cstdio>
 
-#include "machine/spooler/printers.h"
+#include "machine/registry/registry.h"
+#include "machine/spooler/printer_store.h"
 
 namespace pikel::simulated {
 
@@ -37,13 +38,13 @@ std::string MakeGuid(std::string_view seed) {
 
 Publication PublicationOf(Machine& machine, std::string_view printer) {
     const Registry& registry = machine.Registry();
-    const std::string key = Printers::KeyOf(printer);
+    const std::string key = PrinterStore::KeyOf(printer);
     return {registry.Text(key, kObject), registry.Number(key, kAction, DSPRINT_UNPUBLISH)};
 }
 
 DWORD Publish(Machine& machine, std::string_view printer, DWORD action) {
     Registry& registry = machine.Registry();
-    const std::string key = Printers::KeyOf(printer);
+    const std::string key = PrinterStore::KeyOf(printer);
     const Publication before = PublicationOf(machine, printer);
     switch (action) {
         case DSPRINT_PUBLISH:

@@ -5,7 +5,7 @@
 #include <string>
 #include <string_view>
 
-#include "machine/system/machine.h"
+#include "machine/base/machine.h"
 
 namespace pikel::simulated {
 

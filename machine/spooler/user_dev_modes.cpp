@@ -1,6 +1,8 @@
 // The DEVMODEs that the user has chosen for printers.
 #include "machine/spooler/user_dev_modes.h"
 
+#include "machine/registry/registry.h"
+
 namespace pikel::simulated {
 
 namespace {

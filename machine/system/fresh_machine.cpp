@@ -7,9 +7,9 @@
 #include <string>
 #include <vector>
 
+#include "machine/base/text.h"
 #include "machine/files/disk.h"
 #include "machine/registry/registry.h"
-#include "machine/base/text.h"
 
 namespace pikel::simulated {
 
@@ -27,7 +27,7 @@ struct Environment {
     std::vector<DWORD> versions;
 };
 
-struct Monitor {
+struct StockMonitor {
     const char* name;
     const char* library;
 };
@@ -176,7 +176,7 @@ class FreshMachine {
         SetLibrary(environment + "Print Processors\\WinPrint", "WINPRINT.DLL");
         // The 9x family's folders for drivers and for print processors are one: the system folder.
         m_registry.SetText(print + "Environments\\Windows 4.0", "Directory", "");
-        for (const Monitor& monitor : StockMonitors()) {
+        for (const StockMonitor& monitor : StockMonitors()) {
             SetLibrary(print + "Monitors\\" + monitor.name, monitor.library);
         }
         m_registry.CreateKey(print + "Printers");
@@ -190,7 +190,7 @@ class FreshMachine {
         for (const Environment& environment : Environments()) {
             MakeEnvironment(environment);
         }
-        for (const Monitor& monitor : StockMonitors()) {
+        for (const StockMonitor& monitor : StockMonitors()) {
             SetLibrary(print + "Monitors\\" + monitor.name, monitor.library);
         }
         m_registry.CreateKey(print + "Providers");
@@ -259,7 +259,7 @@ class FreshMachine {
         }
     }
 
-    std::vector<Monitor> StockMonitors() const {
+    std::vector<StockMonitor> StockMonitors() const {
         switch (m_generation) {
             case Generation::Windows95:
                 return {{"Local Port", "SPOOLSS.DLL"}};

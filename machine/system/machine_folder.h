@@ -5,8 +5,9 @@
 #include <string>
 #include <string_view>
 
+#include "machine/base/machine_error.h"
+#include "machine/base/system_description.h"
 #include "machine/files/disk.h"
-#include "machine/system/machine.h"
 
 namespace pikel::simulated {
 

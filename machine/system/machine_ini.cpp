@@ -10,6 +10,7 @@
 #include <optional>
 #include <type_traits>
 
+#include "machine/base/machine_error.h"
 #include "machine/base/text.h"
 
 namespace pikel::simulated {

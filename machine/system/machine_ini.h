@@ -13,7 +13,7 @@
 #include <string>
 #include <string_view>
 
-#include "machine/system/machine.h"
+#include "machine/base/system_description.h"
 
 namespace pikel::simulated {
 

@@ -5,8 +5,10 @@
 #include <string>
 #include <string_view>
 
-#include "machine/system/machine.h"
+#include "machine/base/machine.h"
 #include "machine/operations.h"
+#include "machine/system/message_format.h"
+#include "machine/system/messages.h"
 
 namespace pikel::simulated {
 
@@ -23,66 +25,6 @@ constexpr DWORD kCustomerCode = 0x20000000;
 /// Neutral, the user's and the system's default language, and the one that the texts are in.
 bool HasLanguage(DWORD language) {
     return language == 0 || language == 0x400 || language == 0x800 || language == 0x409;
-}
-
-/// The texts that stand for %1, %2 and so on, which come in one of two forms. They are asked for in rising order.
-class Inserts {
-  public:
-    Inserts(bool isArray, va_list* arguments) : m_isArray(isArray), m_arguments(arguments) {}
-
-    /// Null when there is none. Numbers beyond 99 don't exist.
-    const char* At(unsigned number) {
-        if (m_arguments == nullptr) {
-            return nullptr;
-        }
-        if (m_isArray) {
-            return reinterpret_cast<const char* const*>(m_arguments)[number - 1];
-        }
-        for (; m_taken < number; ++m_taken) {
-            m_texts[m_taken] = va_arg(*m_arguments, const char*);
-        }
-        return m_texts[number - 1];
-    }
-
-  private:
-    bool m_isArray;
-    va_list* m_arguments;
-    unsigned m_taken = 0;
-    const char* m_texts[99] = {};
-};
-
-bool IsDigit(std::string_view text, std::size_t at) {
-    return at < text.size() && text[at] >= '0' && text[at] <= '9';
-}
-
-/// Puts the inserts in. Nothing when one is missing. "%0" ends the text, "%n" is a line break, "%%" a percent sign; any
-/// other character behind a percent sign stands for itself.
-std::optional<std::string> Expand(std::string_view text, Inserts inserts) {
-    std::string expanded;
-    for (std::size_t i = 0; i < text.size(); ++i) {
-        if (text[i] != '%' || i + 1 == text.size()) {
-            expanded += text[i];
-            continue;
-        }
-        ++i;
-        if (text[i] == '0') {
-            break;
-        }
-        if (!IsDigit(text, i)) {
-            expanded += text[i] == 'n' ? std::string("\r\n") : std::string(1, text[i]);
-            continue;
-        }
-        unsigned number = static_cast<unsigned>(text[i] - '0');
-        if (IsDigit(text, i + 1)) {
-            number = number * 10 + static_cast<unsigned>(text[++i] - '0');
-        }
-        const char* insert = inserts.At(number);
-        if (insert == nullptr) {
-            return std::nullopt;
-        }
-        expanded += insert;
-    }
-    return expanded;
 }
 
 /// The text before its inserts. Empty: *code tells why.
@@ -122,7 +64,8 @@ DWORD WINAPI FormatMessageA(DWORD dwFlags, LPCVOID lpSource, DWORD dwMessageId, 
         return Fail<DWORD>(code, 0);
     }
     if ((dwFlags & FORMAT_MESSAGE_IGNORE_INSERTS) == 0) {
-        std::optional<std::string> expanded = Expand(text, Inserts((dwFlags & kArgumentArray) != 0, Arguments));
+        std::optional<std::string> expanded =
+            ExpandMessage(text, MessageInserts((dwFlags & kArgumentArray) != 0, Arguments));
         if (!expanded) {
             return Fail<DWORD>(ERROR_INVALID_PARAMETER, 0);
         }

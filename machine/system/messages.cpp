@@ -1,8 +1,8 @@
 // Names and texts of the system's codes, as winerror.h and setupapi.h publish them.
+#include "machine/system/messages.h"
+
 #include <algorithm>
 #include <array>
-
-#include "machine/base/text.h"
 
 namespace pikel::simulated {
 

@@ -1,10 +1,9 @@
-// The running system: its version, folders, names, time and the last error.
-#include <cstdint>
+// The running system: its version, folders and name.
 #include <cstring>
 #include <string>
 #include <string_view>
 
-#include "machine/system/machine.h"
+#include "machine/base/machine.h"
 #include "machine/operations.h"
 
 namespace pikel::simulated {
@@ -41,30 +40,6 @@ DWORD HandOutFolder(std::string_view folder, LPSTR buffer, DWORD size) {
     std::memcpy(buffer, folder.data(), folder.size());
     buffer[folder.size()] = '\0';
     return static_cast<DWORD>(folder.size());
-}
-
-/// Days from 1601-01-01 to a date of the Gregorian calendar, by the count of March-based years.
-std::uint64_t DaysSince1601(unsigned year, unsigned month, unsigned day) {
-    const unsigned y = month <= 2 ? year - 1 : year;
-    const unsigned monthFromMarch = (month + 9) % 12;
-    const unsigned dayOfYear = (153 * monthFromMarch + 2) / 5 + day - 1;
-    constexpr std::uint64_t kDaysTo1601 = 584694;  // from 0000-03-01
-    return std::uint64_t{365} * y + y / 4 - y / 100 + y / 400 + dayOfYear - kDaysTo1601;
-}
-
-bool IsLeapYear(unsigned year) {
-    return (year % 4 == 0 && year % 100 != 0) || year % 400 == 0;
-}
-
-unsigned DaysInMonth(unsigned year, unsigned month) {
-    static constexpr unsigned kDays[] = {31, 28, 31, 30, 31, 30, 31, 31, 30, 31, 30, 31};
-    return month == 2 && IsLeapYear(year) ? 29 : kDays[month - 1];
-}
-
-bool IsValid(const SYSTEMTIME& time) {
-    return time.wYear >= 1601 && time.wYear <= 30827 && time.wMonth >= 1 && time.wMonth <= 12 && time.wDay >= 1 &&
-           time.wDay <= DaysInMonth(time.wYear, time.wMonth) && time.wHour < 24 && time.wMinute < 60 &&
-           time.wSecond < 60 && time.wMilliseconds < 1000;
 }
 
 }  // namespace
@@ -129,44 +104,6 @@ BOOL WINAPI GetComputerNameA(LPSTR lpBuffer, LPDWORD nSize) {
     std::memcpy(lpBuffer, name.c_str(), name.size() + 1);
     *nSize = static_cast<DWORD>(name.size());
     return TRUE;
-}
-
-void WINAPI GetLocalTime(LPSYSTEMTIME lpSystemTime) {
-    *lpSystemTime = Current().LocalTime();
-}
-
-BOOL WINAPI SystemTimeToFileTime(const SYSTEMTIME* lpSystemTime, LPFILETIME lpFileTime) {
-    if (!IsValid(*lpSystemTime)) {
-        return Fail(ERROR_INVALID_PARAMETER, FALSE);
-    }
-    const std::uint64_t days = DaysSince1601(lpSystemTime->wYear, lpSystemTime->wMonth, lpSystemTime->wDay);
-    const std::uint64_t seconds =
-        ((days * 24 + lpSystemTime->wHour) * 60 + lpSystemTime->wMinute) * 60 + lpSystemTime->wSecond;
-    const std::uint64_t ticks = (seconds * 1000 + lpSystemTime->wMilliseconds) * 10000;
-    lpFileTime->dwLowDateTime = static_cast<DWORD>(ticks);
-    lpFileTime->dwHighDateTime = static_cast<DWORD>(ticks >> 32);
-    return TRUE;
-}
-
-LONG WINAPI CompareFileTime(const FILETIME* lpFileTime1, const FILETIME* lpFileTime2) {
-    const auto ticks = [](const FILETIME& time) {
-        return (static_cast<std::uint64_t>(time.dwHighDateTime) << 32) | time.dwLowDateTime;
-    };
-    const std::uint64_t first = ticks(*lpFileTime1);
-    const std::uint64_t second = ticks(*lpFileTime2);
-    return (first > second ? 1 : 0) - (first < second ? 1 : 0);
-}
-
-void WINAPI Sleep(DWORD dwMilliseconds) {
-    Current().Advance(dwMilliseconds);
-}
-
-DWORD WINAPI GetLastError() {
-    return lastError;
-}
-
-void WINAPI SetLastError(DWORD dwErrCode) {
-    lastError = dwErrCode;
 }
 
 }  // namespace pikel::simulated

@@ -4,10 +4,13 @@
 #include <optional>
 #include <string_view>
 
-#include "machine/system/machine.h"
-#include "machine/registry/profiles.h"
-#include "machine/services/services.h"
+#include "machine/base/machine.h"
+#include "machine/base/text.h"
+#include "machine/files/files.h"
 #include "machine/network/shares.h"
+#include "machine/registry/profiles.h"
+#include "machine/registry/registry.h"
+#include "machine/services/services.h"
 
 namespace pikel::simulated {
 

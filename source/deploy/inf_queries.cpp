@@ -101,7 +101,8 @@ DWORD ApplyRegistry(LPCSTR lpszInfPath, LPCSTR lpszDriverName, DWORD dwArchitect
     if (lpszInfPath == nullptr) {
         return ERROR_INVALID_PARAMETER;
     }
-    InfHandle inf(Platform().SetupOpenInfFileA(lpszInfPath, nullptr, INF_STYLE_WIN4, nullptr));
+    UINT uErrorLine = 0;  // asked for and not read, as with every INF
+    InfHandle inf(Platform().SetupOpenInfFileA(lpszInfPath, nullptr, INF_STYLE_WIN4, &uErrorLine));
     if (inf.Get() == INVALID_HANDLE_VALUE) {
         return 0;  // an INF that isn't there is no failure: installers call this for packages without a registry part
     }

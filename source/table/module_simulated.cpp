@@ -7,7 +7,8 @@
 #include "frame/os_identity.h"
 #include "platform/platform.h"
 #include "platform/shims/trace.h"
-#include "machine/system/machine.h"
+#include "machine/base/machine.h"
+#include "machine/modules/modules.h"
 
 namespace {
 

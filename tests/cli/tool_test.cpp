@@ -1,5 +1,6 @@
 // The tool, run as a program: the whole road on every system, its output, and what it says when something is wrong.
 #include "tool_test.h"
+#include "support/project.h"
 
 namespace pikel::testing_support {
 namespace {
@@ -125,7 +126,7 @@ TEST_F(ToolTest, TheExampleInstallerDoesTheSame) {
     const fs::path machine = NewMachine();
     fs::copy(Sample("xp"), machine / "C" / "package", fs::copy_options::recursive);
     setenv("PIKEL_MACHINE", machine.c_str(), 1);
-    Result result = RunProgram(std::string(PIKEL_BIN_DIR) + "/installer " + PIKEL_BIN_DIR +
+    Result result = RunProgram(testing_support::BinDir() + "/installer " + testing_support::BinDir() +
                                "/libpikel.so 'C:\\package\\aurora.inf' 'Aurora Laser 500' Office P1 "
                                "'C:\\Program Files\\pikel\\portsdk.dll'");
     EXPECT_EQ(result.exitCode, 0) << result.output << result.errors;

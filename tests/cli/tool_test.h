@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "support/machine_test.h"
+#include "support/project.h"
 
 namespace pikel::testing_support {
 namespace fs = std::filesystem;
@@ -56,7 +57,7 @@ class ToolTest : public ::testing::Test {
     ~ToolTest() override { fs::remove_all(m_folder); }
 
     /// Runs `pikel` with arguments as a shell takes them.
-    Result Run(const std::string& arguments) { return RunProgram(std::string(PIKEL_BIN_DIR) + "/pikel " + arguments); }
+    Result Run(const std::string& arguments) { return RunProgram(testing_support::BinDir() + "/pikel " + arguments); }
 
     Result RunProgram(const std::string& command) {
         Result result;
@@ -80,7 +81,7 @@ class ToolTest : public ::testing::Test {
         return folder;
     }
 
-    static std::string Sample(const std::string& path) { return std::string(PIKEL_SOURCE_DIR) + "/samples/" + path; }
+    static std::string Sample(const std::string& path) { return testing_support::SourceDir() + "/samples/" + path; }
 
     fs::path m_folder;
 };

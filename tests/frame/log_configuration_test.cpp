@@ -6,7 +6,7 @@
 
 #include "frame/log.h"
 #include "frame/os_identity.h"
-#include "machine/modules/desktop.h"
+#include "machine/desktop/desktop.h"
 #include "support/machine_test.h"
 
 namespace pikel {

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "machine/modules/desktop.h"
+#include "machine/desktop/desktop.h"
 #include "support/machine_test.h"
 
 namespace pikel {

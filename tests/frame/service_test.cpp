@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "frame/log.h"
-#include "machine/modules/desktop.h"
+#include "machine/desktop/desktop.h"
 #include "machine/services/services.h"
 #include "support/machine_test.h"
 

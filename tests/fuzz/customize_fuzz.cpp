@@ -6,7 +6,8 @@
 #include <string_view>
 
 #include "inf/customize_field.h"
-#include "machine/system/machine.h"
+#include "machine/base/machine.h"
+#include "machine/files/files.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     using namespace pikel;

@@ -5,8 +5,8 @@
 #include <string>
 
 #include "frame/log.h"
-#include "machine/modules/desktop.h"
-#include "machine/system/machine.h"
+#include "machine/desktop/desktop.h"
+#include "machine/base/machine.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     using namespace pikel;

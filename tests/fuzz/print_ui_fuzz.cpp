@@ -6,7 +6,7 @@
 #include <cstring>
 #include <string>
 
-#include "machine/system/machine.h"
+#include "machine/base/machine.h"
 #include "machine/printui/command.h"
 #include "printui/run_dll32.h"
 

@@ -90,6 +90,29 @@ TEST_F(DestinationDirs, ListsEveryIdentifierOnceInAscendingOrder) {
                              {"CInfDestinationDirsSection::GetAllDestDirID() End(0)"}}));
 }
 
+TEST_F(DestinationDirs, ALineWithoutTextAddsNoIdentifier) {
+    HINF inf = Open("[Version]\nSignature = \"$Windows NT$\"\n[DestinationDirs]\nFirst = 11\nEmpty =\nLast = 10\n");
+    Test().TurnLogOn(1);
+    std::vector<DWORD> ids;
+    EXPECT_EQ(CInfDestinationDirsSection::GetAllDestDirID(inf, ids), 0u);
+    EXPECT_THAT(ids, ElementsAre(10u, 11u)) << "0 would be an identifier that the INF doesn't have";
+    EXPECT_EQ(Log(), Joined({{"CInfDestinationDirsSection::GetAllDestDirID() Start"},
+                             Bannered("--- DestinationDirIDs ---", {"10", "11"}),
+                             {"CInfDestinationDirsSection::GetAllDestDirID() End(0)"}}));
+}
+
+TEST_F(DestinationDirs, ALineThatBeginsWithACommaHasTheIdentifier0) {
+    HINF inf = Open("[Version]\nSignature = \"$Windows NT$\"\n[DestinationDirs]\nFirst = ,Northlight\n");
+    std::vector<DWORD> ids;
+    EXPECT_EQ(CInfDestinationDirsSection::GetAllDestDirID(inf, ids), 0u);
+    EXPECT_THAT(ids, ElementsAre(0u)) << "its first field is there, and empty";
+    CInfDestinationDirsSection destination;
+    destination.m_dwDirID = 99;
+    EXPECT_EQ(destination.GetData(inf, "First"), 0u);
+    EXPECT_EQ(destination.m_dwDirID, 0u);
+    EXPECT_EQ(destination.m_strSubDir, "Northlight");
+}
+
 TEST_F(DestinationDirs, ASectionThatIsNotThereGivesTheLastErrorAndAnEmptyList) {
     HINF inf = Open("[Version]\nSignature = \"$Windows NT$\"\n");
     Test().TurnLogOn(1);

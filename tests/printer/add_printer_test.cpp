@@ -3,7 +3,7 @@
 
 #include <new>
 
-#include "machine/modules/desktop.h"
+#include "machine/desktop/desktop.h"
 #include "machine/operations.h"
 #include "printer/effective_dev_mode.h"
 #include "printer/printer_machine.h"

@@ -4,7 +4,7 @@
 #include <array>
 #include <cstring>
 
-#include "machine/modules/desktop.h"
+#include "machine/desktop/desktop.h"
 #include "machine/operations.h"
 #include "printer/printer_machine.h"
 

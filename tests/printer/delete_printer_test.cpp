@@ -3,7 +3,7 @@
 
 #include <cstring>
 
-#include "machine/modules/desktop.h"
+#include "machine/desktop/desktop.h"
 #include "machine/operations.h"
 #include "machine/network/shares.h"
 #include "printer/printer_machine.h"

@@ -4,6 +4,7 @@
 #include <iterator>
 
 #include "machine/spooler/drivers.h"
+#include "support/project.h"
 #include "machine/spooler/monitors.h"
 #include "machine/spooler/printers.h"
 #include "print_ui_probe.h"
@@ -21,7 +22,7 @@ constexpr char kModel[] = "Aurora Laser 500";
 class PrintUIRoad : public MachineTest, public ::testing::WithParamInterface<std::string> {
   protected:
     PrintUIRoad() : MachineTest(GetParam()) {
-        for (const auto& entry : std::filesystem::directory_iterator(PIKEL_SOURCE_DIR "/samples/xp")) {
+        for (const auto& entry : std::filesystem::directory_iterator(testing_support::SourceDir() + "/samples/xp")) {
             std::ifstream stream(entry.path(), std::ios::binary);
             const std::string bytes{std::istreambuf_iterator<char>(stream), {}};
             WriteFileOn(Machine(), "C:\\my @ drv\\" + entry.path().filename().string(), bytes);

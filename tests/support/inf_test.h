@@ -10,6 +10,7 @@
 #include "inf/inf_access.h"
 #include "frame/log.h"
 #include "machine/base/text.h"
+#include "machine/system/messages.h"
 #include "support/machine_test.h"
 
 namespace pikel::testing_support {

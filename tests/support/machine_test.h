@@ -15,7 +15,12 @@
 #include "platform/owned.h"
 #include "platform/shims/faults.h"
 #include "platform/shims/trace.h"
-#include "machine/system/machine.h"
+#include "machine/base/machine.h"
+#include "machine/base/text.h"
+#include "machine/files/files.h"
+#include "machine/modules/modules.h"
+#include "machine/registry/registry.h"
+#include "machine/system/systems.h"
 
 namespace pikel::testing_support {
 

@@ -10,6 +10,7 @@
 #include "machine/spooler/drivers.h"
 #include "machine/spooler/printers.h"
 #include "support/machine_test.h"
+#include "support/project.h"
 
 namespace pikel::testing_support {
 
@@ -63,7 +64,8 @@ class PrintUITest : public MachineTest {
 
   private:
     void CopySample(const std::string& name, const std::string& folder) {
-        for (const auto& entry : std::filesystem::directory_iterator(PIKEL_SOURCE_DIR "/samples/" + name)) {
+        for (const auto& entry :
+             std::filesystem::directory_iterator(testing_support::SourceDir() + "/samples/" + name)) {
             std::ifstream stream(entry.path(), std::ios::binary);
             const std::string bytes{std::istreambuf_iterator<char>(stream), {}};
             WriteFileOn(Machine(), folder + entry.path().filename().string(), bytes);

@@ -6,6 +6,7 @@
 
 #include "frame/pikel.h"
 #include "support/machine_test.h"
+#include "support/project.h"
 #include "support/pe_file.h"
 
 namespace pikel::testing_support {
@@ -235,12 +236,12 @@ class Road {
 
   private:
     void InsertPackage() {
-        m_test->Files().InsertMedium(std::string(PIKEL_SOURCE_DIR) + "/samples/" + m_package.folder);
+        m_test->Files().InsertMedium(SourceDir() + "/samples/" + m_package.folder);
         m_inf = "D:\\" + m_package.inf;
     }
     /// The same INF below a drive's root: a folder that ends in a backslash is none that the Print UI can read.
     std::string InfInFolder() {
-        m_test->Files().InsertMedium(std::string(PIKEL_SOURCE_DIR) + "/samples");
+        m_test->Files().InsertMedium(SourceDir() + "/samples");
         return "D:\\" + m_package.folder + "\\" + m_package.inf;
     }
     DWORD ProfileCount() const { return m_printer != nullptr ? m_printer->ColorProfileCount : 0; }

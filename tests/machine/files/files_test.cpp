@@ -225,7 +225,7 @@ TEST_P(MachineFiles, ABackslashThatIsATrailByteIsNoSeparator) {
     EXPECT_EQ(fs::exists(Root() / "C/\u8868/a.txt"), IsInAFolder());
     EXPECT_TRUE(TheFiles().IsDirectory("C:\\\x95\x5C"));
     EXPECT_EQ(TheFiles().WindowsPath(Root() / "C/\u8868/a.txt"), IsInAFolder() ? "C:\\\x95\x5C\\a.txt" : "");
-    EXPECT_THAT(Names("C:\\", "\x95*"), ElementsAre("\x95\x5C"));
+    EXPECT_THAT(Names("C:\\"), ::testing::Contains("\x95\x5C"));
 }
 
 TEST_F(MachineFilesInAFolder, HostPathsTurnIntoWindowsPaths) {

@@ -1,7 +1,6 @@
 #include "machine/files/path.h"
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
+#include "support/machine_test.h"
 
 namespace pikel::simulated {
 namespace {
@@ -75,6 +74,18 @@ TEST(NamePattern, IsToldByItsCharacters) {
     EXPECT_TRUE(IsPattern("*.inf"));
     EXPECT_TRUE(IsPattern("a?b"));
     EXPECT_FALSE(IsPattern("a.inf"));
+}
+
+class JoinedPath : public testing_support::MachineTest {};
+
+TEST_F(JoinedPath, ABackslashThatIsATrailByteIsNone) {
+    SystemDescription japanese = Machine().System();
+    japanese.codePage = 932;
+    Machine().SetSystem(japanese);
+    EXPECT_EQ(JoinPath(Machine(), "C:\\\x95\x5C", "a"), "C:\\\x95\x5C\\a");
+    EXPECT_EQ(JoinPath(Machine(), "C:\\x\\", "\\a"), "C:\\x\\a");
+    EXPECT_EQ(JoinPath(Machine(), "", "a"), "a");
+    EXPECT_EQ(JoinPath(Machine(), "C:\\x", ""), "C:\\x");
 }
 
 }  // namespace

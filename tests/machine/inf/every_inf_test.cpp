@@ -9,6 +9,7 @@
 #include <sstream>
 
 #include "machine/inf/file.h"
+#include "support/project.h"
 
 namespace pikel::simulated {
 namespace {
@@ -18,7 +19,8 @@ namespace fs = std::filesystem;
 /// The samples' INFs, and those of the further folder.
 std::vector<fs::path> Infs() {
     std::vector<fs::path> files;
-    for (const fs::directory_entry& entry : fs::recursive_directory_iterator(fs::path(PIKEL_SOURCE_DIR) / "samples")) {
+    for (const fs::directory_entry& entry :
+         fs::recursive_directory_iterator(fs::path(testing_support::SourceDir()) / "samples")) {
         if (entry.path().extension() == ".inf") {
             files.push_back(entry.path());
         }

@@ -1,4 +1,4 @@
-#include "machine/setup/driver_package.h"
+#include "machine/printui/driver_package.h"
 
 #include "machine/operations.h"
 #include "support/machine_test.h"

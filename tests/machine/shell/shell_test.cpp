@@ -3,7 +3,7 @@
 #include <memory>
 #include <thread>
 
-#include "machine/modules/desktop.h"
+#include "machine/desktop/desktop.h"
 #include "machine/operations.h"
 #include "machine/shell/shell_link.h"
 #include "support/machine_test.h"

@@ -1,3 +1,5 @@
+#include "machine/system/messages.h"
+
 #include <cstring>
 
 #include "support/machine_test.h"
@@ -174,7 +176,8 @@ TEST_F(FormatMessage, AnAllocatedBlockIsAtLeastAsLargeAsAsked) {
 TEST_F(FormatMessage, PutsInsertsIn) {
     char buffer[64] = {};
     const char* arguments[] = {"one", "two"};
-    auto* list = reinterpret_cast<va_list*>(arguments);
+    void* address = arguments;
+    auto* list = static_cast<va_list*>(address);
     constexpr DWORD kArray = 0x2000;
     constexpr DWORD kFromString = 0x400;
     EXPECT_NE(Platform().FormatMessageA(kFromString | kArray, "%2 and %1%%%!%n%0 lost", 0, 0, buffer, 64, list), 0u);
