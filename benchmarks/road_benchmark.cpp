@@ -7,7 +7,7 @@
 
 #include "frame/log.h"
 #include "frame/pikel.h"
-#include "inf_store/search.h"
+#include "inf_store/inf_search.h"
 #include "support.h"
 
 namespace pikel {

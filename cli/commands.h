@@ -1,29 +1,35 @@
-// The commands of the tool, a file a noun. Each adds its verbs to the command line; a verb runs as its callback.
+// The commands of the tool, a file a noun: each gives the noun with its verbs and options as a table.
 #pragma once
 
-#include <CLI/CLI.hpp>
+#include <vector>
 
+#include "arguments.h"
 #include "session.h"
 
 namespace pikel::cli {
 
-void AddMachineCommands(CLI::App& app, Session& session);
-void AddInfCommands(CLI::App& app, Session& session);
-void AddDriverCommands(CLI::App& app, Session& session);
-void AddPortCommands(CLI::App& app, Session& session);
-void AddPrinterCommands(CLI::App& app, Session& session);
+// The tables keep a reference to the session, and own what their options' values are read into.
+Command InstallCommand(Session& session);
+Command InfCommands(Session& session);
+Command DriverCommands(Session& session);
+Command PortCommands(Session& session);
+Command PrinterCommands(Session& session);
 /// The verbs show, set, export and import of the noun "printer".
-void AddPrinterRecordCommands(CLI::App& noun, Session& session);
-void AddDefaultCommands(CLI::App& app, Session& session);
-void AddFileCommands(CLI::App& app, Session& session);
-void AddCabinetCommands(CLI::App& app, Session& session);
-void AddMonitorCommands(CLI::App& app, Session& session);
-void AddPrintUiCommands(CLI::App& app, Session& session);
-void AddNetworkCommands(CLI::App& app, Session& session);
-void AddShellCommands(CLI::App& app, Session& session);
-void AddInstallCommand(CLI::App& app, Session& session);
+std::vector<Command> PrinterRecordVerbs(Session& session);
+Command DefaultCommands(Session& session);
+Command FileCommands(Session& session);
+Command CabinetCommands(Session& session);
+Command MonitorCommands(Session& session);
+Command PrintUiCommands(Session& session);
+Command NetworkCommands(Session& session);
+Command ShortcutCommands(Session& session);
+Command WhoAmICommand(Session& session);
+#ifndef _WIN32
+/// On Windows the system itself is the machine.
+Command MachineCommands(Session& session);
+#endif
 
-/// A noun that needs a verb behind it.
-CLI::App* AddNoun(CLI::App& app, const char* name, const char* description);
+/// All of the above, in the order in which the help lists them.
+CommandLine ToolCommandLine(Session& session);
 
 }  // namespace pikel::cli

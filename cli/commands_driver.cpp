@@ -44,15 +44,15 @@ void List(Session& session) {
         for (const std::string& file : driver.dependentFiles) {
             dependents.push_back(Utf8(file.c_str()));
         }
-        json.push_back({{"name", Utf8(driver.name.c_str())},
-                        {"version", driver.version},
-                        {"environment", driver.environment},
-                        {"driverPath", Utf8(driver.driverPath.c_str())},
-                        {"dataFile", Utf8(driver.dataFile.c_str())},
-                        {"configFile", Utf8(driver.configFile.c_str())},
-                        {"helpFile", Utf8(driver.helpFile.c_str())},
-                        {"dependentFiles", dependents},
-                        {"monitor", Utf8(driver.monitor.c_str())}});
+        json.push_back(JsonObject({{"name", Utf8(driver.name.c_str())},
+                                   {"version", driver.version},
+                                   {"environment", driver.environment},
+                                   {"driverPath", Utf8(driver.driverPath.c_str())},
+                                   {"dataFile", Utf8(driver.dataFile.c_str())},
+                                   {"configFile", Utf8(driver.configFile.c_str())},
+                                   {"helpFile", Utf8(driver.helpFile.c_str())},
+                                   {"dependentFiles", dependents},
+                                   {"monitor", Utf8(driver.monitor.c_str())}}));
     }
     session.Print(json, [&] {
         for (const DriverView& driver : drivers) {
@@ -120,8 +120,8 @@ void CopyToLocal(Session& session, const DriverOptions& options) {
     Session::Check("PI_KEL_CopyInfDriverFilesToLocal", status, PIKEL_PREFIX_FILE_COPY);
     nlohmann::json files = nlohmann::json::array();
     for (DWORD i = 0; i < count; ++i) {
-        files.push_back(
-            {{"name", Utf8(records.Get()[i].szFileName)}, {"directory", Utf8(records.Get()[i].szDirectory)}});
+        files.push_back(JsonObject(
+            {{"name", Utf8(records.Get()[i].szFileName)}, {"directory", Utf8(records.Get()[i].szDirectory)}}));
     }
     session.Print({{"files", files}, {"expandedSize", size}}, [&] {
         for (const nlohmann::json& file : files) {
@@ -160,59 +160,67 @@ void ApplyRegistry(Session& session, const DriverOptions& options) {
                   [&] { std::printf("applied the registry part of %s\n", options.model.c_str()); });
 }
 
-void AddInfAndModel(CLI::App& command, DriverOptions& options) {
-    command.add_option("--inf", options.inf, "The INF")->required();
-    command.add_option("--model", options.model, "Model, as `pikel inf models` lists it")->required();
+/// --inf and --model, with what a verb takes besides.
+std::vector<Option> InfAndModel(DriverOptions& options, std::vector<Option> more = {}) {
+    std::vector<Option> all = {
+        {"--inf", &options.inf, "The INF", Need::Required},
+        {"--model", &options.model, "Model, as `pikel inf models` lists it", Need::Required},
+    };
+    all.insert(all.end(), more.begin(), more.end());
+    return all;
+}
+
+Option DriverName(DriverOptions& options) {
+    return {"DRIVER", &options.model, "The driver's name", Need::Required};
+}
+
+Command DeleteVerb(Session& session, const std::shared_ptr<DriverOptions>& options) {
+    return {"delete",
+            "Delete a driver with what belongs to it alone",
+            {DriverName(*options),
+             {.name = "--processor",
+              .value = &options->processor,
+              .help = "Of a driver for another processor than the system's",
+              .choices = {"x86", "ia64", "x64"}},
+             {"--profile", &options->profiles, "Colour profile to uninstall; may be given several times"},
+             {"--print-ui", &options->printUi, "Through the system's Print UI: Windows 2000 and later"},
+             {"--keep-files", &options->keepFiles, "With --print-ui: leave the language monitor's files"}},
+            [&session, options] { Delete(session, *options); }};
 }
 
 }  // namespace
 
-void AddDriverCommands(CLI::App& app, Session& session) {
-    CLI::App* noun = AddNoun(app, "driver", "Printer drivers of the system");
+Command DriverCommands(Session& session) {
     auto options = std::make_shared<DriverOptions>();
-
-    CLI::App* add = noun->add_subcommand("add", "Copy a model's files and add its driver");
-    AddInfAndModel(*add, *options);
-    add->add_flag("--print-ui", options->printUi, "Through the system's Print UI: Windows 2000 and later");
-    add->callback([&session, options] { AddFromInf(session, *options); });
-
-    CLI::App* remove = noun->add_subcommand("delete", "Delete a driver with what belongs to it alone");
-    remove->add_option("DRIVER", options->model, "The driver's name")->required();
-    remove->add_option("--processor", options->processor, "Of a driver for another processor than the system's")
-        ->check(CLI::IsMember({"x86", "ia64", "x64"}));
-    remove->add_option("--profile", options->profiles, "Colour profile to uninstall; may be given several times");
-    remove->add_flag("--print-ui", options->printUi, "Through the system's Print UI: Windows 2000 and later");
-    remove->add_flag("--keep-files", options->keepFiles, "With --print-ui: leave the language monitor's files");
-    remove->callback([&session, options] { Delete(session, *options); });
-
-    noun->add_subcommand("list", "List the drivers")->callback([&session] { List(session); });
-
-    CLI::App* copy = noun->add_subcommand("copy", "Copy a model's files to where its INF says");
-    AddInfAndModel(*copy, *options);
-    copy->callback([&session, options] { Copy(session, *options); });
-
-    CLI::App* stage = noun->add_subcommand("stage", "Replace an installed driver's files, also those in use");
-    AddInfAndModel(*stage, *options);
-    stage->add_option("--staging", options->folder, "Folder of the machine for the work; its files are deleted")
-        ->required();
-    stage->callback([&session, options] { Stage(session, *options); });
-
-    CLI::App* local = noun->add_subcommand("local", "Expand a model's files into a folder of the machine");
-    AddInfAndModel(*local, *options);
-    local->add_option("--to", options->folder, "The folder, which exists")->required();
-    local->callback([&session, options] { CopyToLocal(session, *options); });
-
-    CLI::App* registry = noun->add_subcommand("registry", "Apply the registry part of a model's install section");
-    AddInfAndModel(*registry, *options);
-    registry->callback([&session, options] { ApplyRegistry(session, *options); });
-
-    CLI::App* loaded = noun->add_subcommand("loaded", "Tell whether a file of a 9x driver is in use");
-    loaded->add_option("DRIVER", options->model, "The driver's name")->required();
-    loaded->callback([&session, options] { ShowLoaded(session, *options); });
-
-    CLI::App* hwid = noun->add_subcommand("hwid", "Windows XP: keep a driver's files under its hardware id");
-    hwid->add_option("DRIVER", options->model, "The driver's name")->required();
-    hwid->callback([&session, options] { CopyToHardwareIdFolder(session, *options); });
+    return {"driver",
+            "Printer drivers of the system",
+            {},
+            nullptr,
+            {{"add", "Copy a model's files and add its driver",
+              InfAndModel(*options,
+                          {{"--print-ui", &options->printUi, "Through the system's Print UI: Windows 2000 and later"}}),
+              [&session, options] { AddFromInf(session, *options); }},
+             DeleteVerb(session, options),
+             {"list", "List the drivers", {}, [&session] { List(session); }},
+             {"copy", "Copy a model's files to where its INF says", InfAndModel(*options),
+              [&session, options] { Copy(session, *options); }},
+             {"stage", "Replace an installed driver's files, also those in use",
+              InfAndModel(*options, {{"--staging", &options->folder,
+                                      "Folder of the machine for the work; its files are deleted", Need::Required}}),
+              [&session, options] { Stage(session, *options); }},
+             {"local", "Expand a model's files into a folder of the machine",
+              InfAndModel(*options, {{"--to", &options->folder, "The folder, which exists", Need::Required}}),
+              [&session, options] { CopyToLocal(session, *options); }},
+             {"registry", "Apply the registry part of a model's install section", InfAndModel(*options),
+              [&session, options] { ApplyRegistry(session, *options); }},
+             {"loaded",
+              "Tell whether a file of a 9x driver is in use",
+              {DriverName(*options)},
+              [&session, options] { ShowLoaded(session, *options); }},
+             {"hwid",
+              "Windows XP: keep a driver's files under its hardware id",
+              {DriverName(*options)},
+              [&session, options] { CopyToHardwareIdFolder(session, *options); }}}};
 }
 
 }  // namespace pikel::cli

@@ -79,37 +79,47 @@ void CopyMonitors(Session& session, const FileOptions& options) {
 
 }  // namespace
 
-void AddFileCommands(CLI::App& app, Session& session) {
-    CLI::App* noun = AddNoun(app, "file", "Versions of driver files");
+Command FileCommands(Session& session) {
     auto options = std::make_shared<FileOptions>();
-
-    CLI::App* version = noun->add_subcommand("version", "Show a file's product version as installers compare it");
-    version->add_option("FILE", options->file, "The file")->required();
-    version->callback([&session, options] { ShowVersion(session, *options); });
-
-    CLI::App* compare = noun->add_subcommand("compare", "Compare a file's product version with another");
-    compare->add_option("FILE", options->file, "The file")->required();
-    compare->add_option("VERSION", options->version, "A version, such as 1.2")->required();
-    compare->callback([&session, options] { Compare(session, *options); });
+    return {"file",
+            "Versions of driver files",
+            {},
+            nullptr,
+            {{"version",
+              "Show a file's product version as installers compare it",
+              {{"FILE", &options->file, "The file", Need::Required}},
+              [&session, options] { ShowVersion(session, *options); }},
+             {"compare",
+              "Compare a file's product version with another",
+              {{"FILE", &options->file, "The file", Need::Required},
+               {"VERSION", &options->version, "A version, such as 1.2", Need::Required}},
+              [&session, options] { Compare(session, *options); }}}};
 }
 
-void AddCabinetCommands(CLI::App& app, Session& session) {
-    CLI::App* noun = AddNoun(app, "cab", "Cabinets");
+Command CabinetCommands(Session& session) {
     auto options = std::make_shared<FileOptions>();
-    CLI::App* extract = noun->add_subcommand("extract", "Unpack a cabinet into a folder of the machine");
-    extract->add_option("CABINET", options->file, "The cabinet")->required();
-    extract->add_option("--to", options->folder, "Folder, such as C:\\Temp\\out; made when missing")->required();
-    extract->callback([&session, options] { Extract(session, *options); });
+    return {"cab",
+            "Cabinets",
+            {},
+            nullptr,
+            {{"extract",
+              "Unpack a cabinet into a folder of the machine",
+              {{"CABINET", &options->file, "The cabinet", Need::Required},
+               {"--to", &options->folder, "Folder, such as C:\\Temp\\out; made when missing", Need::Required}},
+              [&session, options] { Extract(session, *options); }}}};
 }
 
-void AddMonitorCommands(CLI::App& app, Session& session) {
-    CLI::App* noun = AddNoun(app, "monitor", "Language monitors");
+Command MonitorCommands(Session& session) {
     auto options = std::make_shared<FileOptions>();
-    CLI::App* copy =
-        noun->add_subcommand("copy", "Put monitor files that are newer into the system directory, also held ones");
-    copy->add_option("FILE", options->names, "Names of the files")->required();
-    copy->add_option("--from", options->folder, "Folder that has them")->required();
-    copy->callback([&session, options] { CopyMonitors(session, *options); });
+    return {"monitor",
+            "Language monitors",
+            {},
+            nullptr,
+            {{"copy",
+              "Put monitor files that are newer into the system directory, also held ones",
+              {{"FILE", &options->names, "Names of the files", Need::Required},
+               {"--from", &options->folder, "Folder that has them", Need::Required}},
+              [&session, options] { CopyMonitors(session, *options); }}}};
 }
 
 }  // namespace pikel::cli

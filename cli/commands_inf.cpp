@@ -66,25 +66,25 @@ nlohmann::json RecordJson(const DriverAddRecord& record) {
     for (DWORD i = 0; i < record.ColorProfileCount; ++i) {
         profiles.push_back(Utf8(record.ColorProfileList[i]));
     }
-    return {
-        {"name", JsonText(driver.pName)},
-        {"version", driver.cVersion},
-        {"environment", JsonText(driver.pEnvironment)},
-        {"driverPath", JsonText(driver.pDriverPath)},
-        {"dataFile", JsonText(driver.pDataFile)},
-        {"configFile", JsonText(driver.pConfigFile)},
-        {"helpFile", JsonText(driver.pHelpFile)},
-        {"dependentFiles", dependents},
-        {"defaultDataType", JsonText(driver.pDefaultDataType)},
-        {"manufacturer", JsonText(driver.pszMfgName)},
-        {"oemUrl", JsonText(driver.pszOEMUrl)},
-        {"hardwareId", JsonText(driver.pszHardwareID)},
-        {"provider", JsonText(driver.pszProvider)},
-        {"driverVersion", driver.dwlDriverVersion},
-        {"monitor", {{"name", JsonText(record.MonitorInfo.pName)}, {"file", JsonText(record.MonitorInfo.pDLLName)}}},
-        {"colourProfiles", profiles},
-        {"notSelectedTimeout", record.NotSelectedTimeout},
-        {"retryTimeout", record.RetryTimeout}};
+    return JsonObject({{"name", JsonText(driver.pName)},
+                       {"version", driver.cVersion},
+                       {"environment", JsonText(driver.pEnvironment)},
+                       {"driverPath", JsonText(driver.pDriverPath)},
+                       {"dataFile", JsonText(driver.pDataFile)},
+                       {"configFile", JsonText(driver.pConfigFile)},
+                       {"helpFile", JsonText(driver.pHelpFile)},
+                       {"dependentFiles", dependents},
+                       {"defaultDataType", JsonText(driver.pDefaultDataType)},
+                       {"manufacturer", JsonText(driver.pszMfgName)},
+                       {"oemUrl", JsonText(driver.pszOEMUrl)},
+                       {"hardwareId", JsonText(driver.pszHardwareID)},
+                       {"provider", JsonText(driver.pszProvider)},
+                       {"driverVersion", driver.dwlDriverVersion},
+                       {"monitor", JsonObject({{"name", JsonText(record.MonitorInfo.pName)},
+                                               {"file", JsonText(record.MonitorInfo.pDLLName)}})},
+                       {"colourProfiles", profiles},
+                       {"notSelectedTimeout", record.NotSelectedTimeout},
+                       {"retryTimeout", record.RetryTimeout}});
 }
 
 void PrintField(const char* label, const nlohmann::json& value) {
@@ -151,7 +151,7 @@ nlohmann::json CustomisationJson(Session& session, const std::string& path) {
     Session::Check("PI_KEL_GetCustomizeInfo",
                    session.Table().PI_KEL_GetCustomizeInfo(path.c_str(), &customised, code, comment),
                    PIKEL_PREFIX_GENERAL);
-    return customised == 0 ? nlohmann::json(nullptr) : nlohmann::json{{"code", Utf8(code)}, {"comment", Utf8(comment)}};
+    return customised == 0 ? nlohmann::json(nullptr) : JsonObject({{"code", Utf8(code)}, {"comment", Utf8(comment)}});
 }
 
 nlohmann::json CatalogJson(Session& session, const std::string& path) {
@@ -165,9 +165,9 @@ nlohmann::json CatalogJson(Session& session, const std::string& path) {
 nlohmann::json ChoiceJson(const std::string& path, const Target& target) {
     nlohmann::json choice = nlohmann::json::array();
     for (const ModelsCandidate& candidate : ExplainModelsChoice(path, target.major, target.minor)) {
-        choice.push_back({{"section", Utf8(candidate.section.c_str())},
-                          {"chosen", candidate.isChosen},
-                          {"reason", candidate.reason}});
+        choice.push_back(JsonObject({{"section", Utf8(candidate.section.c_str())},
+                                     {"chosen", candidate.isChosen},
+                                     {"reason", candidate.reason}}));
     }
     return choice;
 }
@@ -204,12 +204,13 @@ void ShowInf(Session& session, const InfOptions& options) {
     for (const std::string& model : ReadModels(session, path, target, status)) {
         models.push_back(Utf8(model.c_str()));
     }
-    const nlohmann::json json = {{"isPrinterClass", table.PI_KEL_IsValidInfFile(path.c_str(), nullptr, "Printer") != 0},
-                                 {"architecture", ArchitectureText(architecture)},
-                                 {"catalog", CatalogJson(session, path)},
-                                 {"customisation", CustomisationJson(session, path)},
-                                 {"modelsSections", ChoiceJson(path, target)},
-                                 {"models", models}};
+    const nlohmann::json json =
+        JsonObject({{"isPrinterClass", table.PI_KEL_IsValidInfFile(path.c_str(), nullptr, "Printer") != 0},
+                    {"architecture", ArchitectureText(architecture)},
+                    {"catalog", CatalogJson(session, path)},
+                    {"customisation", CustomisationJson(session, path)},
+                    {"modelsSections", ChoiceJson(path, target)},
+                    {"models", models}});
     session.Print(json, [&] { PrintInf(json); });
     Session::Check("PI_KEL_GetDriverListFromInf", status, PIKEL_PREFIX_INF_READ);
 }
@@ -286,13 +287,13 @@ nlohmann::json FilesJson(Session& session, const std::string& path, const std::s
     nlohmann::json files = nlohmann::json::array();
     for (DWORD i = 0; i < count && i < placed; ++i) {
         const LocalFileRecord& place = places.Get()[i];
-        files.push_back({{"kind", KindText(kinds.Get()[i].dwKind)},
-                         {"source", Utf8(kinds.Get()[i].lpszName)},
-                         {"name", Utf8(place.szFileName)},
-                         {"directory", Utf8(place.szDirectory)},
-                         {"size", sizes[place.szFileName]}});
+        files.push_back(JsonObject({{"kind", KindText(kinds.Get()[i].dwKind)},
+                                    {"source", Utf8(kinds.Get()[i].lpszName)},
+                                    {"name", Utf8(place.szFileName)},
+                                    {"directory", Utf8(place.szDirectory)},
+                                    {"size", sizes[place.szFileName]}}));
     }
-    return {{"files", files}, {"totalSize", total}};
+    return JsonObject({{"files", files}, {"totalSize", total}});
 }
 
 void ShowFiles(Session& session, const InfOptions& options) {
@@ -337,49 +338,58 @@ void Find(Session& session, const InfOptions& options) {
     session.Print({{"inf", Utf8(name)}}, [&] { std::printf("%s\n", Utf8(name).c_str()); });
 }
 
-void AddPlaceOptions(CLI::App& command, InfOptions& options) {
-    command.add_option("--dir", options.folder, "Folder of the machine, in place of the system's INF folder");
-    command.add_option("--provider", options.provider, "Provider of the INFs to look at")->required();
-    command.add_option("--class", options.infClass, "Their class")->capture_default_str();
+Option InfFile(InfOptions& options) {
+    return {"FILE", &options.file, "The INF", Need::Required};
+}
+
+Option ForSystem(Session& session) {
+    return {"--for", &session.targetSystem, "Read for this system, such as xp-x64, in place of the one at hand"};
+}
+
+/// The argument of a verb, then what says where INFs lie and which count.
+std::vector<Option> PlaceOptions(InfOptions& options, Option argument, std::vector<Option> more = {}) {
+    std::vector<Option> all = {
+        std::move(argument),
+        {"--dir", &options.folder, "Folder of the machine, in place of the system's INF folder"},
+        {"--provider", &options.provider, "Provider of the INFs to look at", Need::Required},
+        {.name = "--class", .value = &options.infClass, .help = "Their class", .showsDefault = true},
+    };
+    all.insert(all.end(), more.begin(), more.end());
+    return all;
 }
 
 }  // namespace
 
-void AddInfCommands(CLI::App& app, Session& session) {
-    CLI::App* noun = AddNoun(app, "inf", "Read a printer INF");
+Command InfCommands(Session& session) {
     auto options = std::make_shared<InfOptions>();
-
-    CLI::App* models = noun->add_subcommand("models", "List the models that an INF offers to a system");
-    models->add_option("FILE", options->file, "The INF")->required();
-    models->callback([&session, options] { ShowModels(session, *options); });
-
-    CLI::App* show =
-        noun->add_subcommand("show", "Show what an INF is, or with --model what a driver add would get from it");
-    show->add_option("FILE", options->file, "The INF")->required();
-    show->add_option("--model", options->model, "One model, as `pikel inf models` lists it");
-    show->callback([&session, options] { ShowInf(session, *options); });
-
-    CLI::App* files = noun->add_subcommand("files", "List a model's files: kind, size, source and target");
-    files->add_option("FILE", options->file, "The INF")->required();
-    files->add_option("--model", options->model, "Model, as `pikel inf models` lists it")->required();
-    files->callback([&session, options] { ShowFiles(session, *options); });
-
-    CLI::App* place =
-        noun->add_subcommand("place", "Place an INF in the system's INF folder unless one there covers it");
-    place->add_option("FILE", options->file, "The INF")->required();
-    AddPlaceOptions(*place, *options);
-    place->add_flag("--copy", options->plainCopy, "Windows 2000 and later: copy it plainly, not through the system");
-    place->callback([&session, options] { Place(session, *options); });
-
-    CLI::App* find = noun->add_subcommand("find", "Find the newest installed INF that lists a model");
-    find->add_option("MODEL", options->model, "The model's name")->required();
-    AddPlaceOptions(*find, *options);
-    find->callback([&session, options] { Find(session, *options); });
-
-    for (CLI::App* command : {models, show, files}) {
-        command->add_option("--for", session.targetSystem,
-                            "Read for this system, such as xp-x64, in place of the one at hand");
-    }
+    return {"inf",
+            "Read a printer INF",
+            {},
+            nullptr,
+            {{"models",
+              "List the models that an INF offers to a system",
+              {InfFile(*options), ForSystem(session)},
+              [&session, options] { ShowModels(session, *options); }},
+             {"show",
+              "Show what an INF is, or with --model what a driver add would get from it",
+              {InfFile(*options),
+               {"--model", &options->model, "One model, as `pikel inf models` lists it"},
+               ForSystem(session)},
+              [&session, options] { ShowInf(session, *options); }},
+             {"files",
+              "List a model's files: kind, size, source and target",
+              {InfFile(*options),
+               {"--model", &options->model, "Model, as `pikel inf models` lists it", Need::Required},
+               ForSystem(session)},
+              [&session, options] { ShowFiles(session, *options); }},
+             {"place", "Place an INF in the system's INF folder unless one there covers it",
+              PlaceOptions(
+                  *options, InfFile(*options),
+                  {{"--copy", &options->plainCopy, "Windows 2000 and later: copy it plainly, not through the system"}}),
+              [&session, options] { Place(session, *options); }},
+             {"find", "Find the newest installed INF that lists a model",
+              PlaceOptions(*options, {"MODEL", &options->model, "The model's name", Need::Required}),
+              [&session, options] { Find(session, *options); }}}};
 }
 
 }  // namespace pikel::cli

@@ -54,15 +54,16 @@ void Install(Session& session, InstallOptions options) {
 
 }  // namespace
 
-void AddInstallCommand(CLI::App& app, Session& session) {
+Command InstallCommand(Session& session) {
     auto options = std::make_shared<InstallOptions>();
-    CLI::App* install = app.add_subcommand("install", "From an INF to a default printer: files, driver, port, printer");
-    install->add_option("--inf", options->inf, "The INF")->required();
-    install->add_option("--model", options->model, "Model, as `pikel inf models` lists it")->required();
-    install->add_option("--printer", options->printer.name, "Name of the new printer")->required();
-    install->add_option("--port", options->port.name, "Port or address; created unless it is there")->required();
-    install->add_option("--sdk", options->port.sdk, "The port SDK library; a simulated machine has one of its own");
-    install->callback([&session, options] { Install(session, *options); });
+    return {"install",
+            "From an INF to a default printer: files, driver, port, printer",
+            {{"--inf", &options->inf, "The INF", Need::Required},
+             {"--model", &options->model, "Model, as `pikel inf models` lists it", Need::Required},
+             {"--printer", &options->printer.name, "Name of the new printer", Need::Required},
+             {"--port", &options->port.name, "Port or address; created unless it is there", Need::Required},
+             {"--sdk", &options->port.sdk, "The port SDK library; a simulated machine has one of its own"}},
+            [&session, options] { Install(session, *options); }};
 }
 
 }  // namespace pikel::cli

@@ -4,16 +4,8 @@
 #include "commands.h"
 #include "failure.h"
 
-#ifdef _WIN32
-
-namespace pikel::cli {
-
-// The simulated machine is part of the native build alone; here Windows is the machine.
-void AddMachineCommands(CLI::App&, Session&) {}
-
-}  // namespace pikel::cli
-
-#else
+// The simulated machine is part of the native build alone; on Windows the system itself is the machine.
+#ifndef _WIN32
 
 #include "platform/platform.h"
 #include "machine/base/machine.h"
@@ -46,10 +38,10 @@ const char* ProcessorText(const SystemDescription& system) {
 void ListSystems(Session& session) {
     nlohmann::json json = nlohmann::json::array();
     for (const SystemDescription& system : simulated::Systems()) {
-        json.push_back({{"name", system.name},
-                        {"version", VersionText(system)},
-                        {"processor", ProcessorText(system)},
-                        {"servicePack", system.servicePack}});
+        json.push_back(JsonObject({{"name", system.name},
+                                   {"version", VersionText(system)},
+                                   {"processor", ProcessorText(system)},
+                                   {"servicePack", system.servicePack}}));
     }
     session.Print(json, [&] {
         for (const SystemDescription& system : simulated::Systems()) {
@@ -82,7 +74,7 @@ nlohmann::json FilesJson(simulated::Machine& machine, const DriverView& driver) 
     paths.insert(paths.end(), driver.dependentFiles.begin(), driver.dependentFiles.end());
     for (const std::string& path : paths) {
         if (!path.empty()) {
-            files.push_back({{"path", Utf8(path.c_str())}, {"present", machine.Files().Exists(path)}});
+            files.push_back(JsonObject({{"path", Utf8(path.c_str())}, {"present", machine.Files().Exists(path)}}));
         }
     }
     return files;
@@ -104,38 +96,40 @@ nlohmann::json MachineJson(simulated::Machine& machine) {
     const SystemDescription& system = machine.System();
     nlohmann::json drivers = nlohmann::json::array();
     for (const DriverView& driver : ListDrivers()) {
-        drivers.push_back({{"name", Utf8(driver.name.c_str())},
-                           {"environment", driver.environment},
-                           {"version", driver.version},
-                           {"monitor", Utf8(driver.monitor.c_str())},
-                           {"files", FilesJson(machine, driver)}});
+        drivers.push_back(JsonObject({{"name", Utf8(driver.name.c_str())},
+                                      {"environment", driver.environment},
+                                      {"version", driver.version},
+                                      {"monitor", Utf8(driver.monitor.c_str())},
+                                      {"files", FilesJson(machine, driver)}}));
     }
     nlohmann::json monitors = nlohmann::json::array();
     for (const MonitorView& monitor : ListMonitors()) {
-        monitors.push_back({{"name", Utf8(monitor.name.c_str())}, {"file", Utf8(monitor.file.c_str())}});
+        monitors.push_back(JsonObject({{"name", Utf8(monitor.name.c_str())}, {"file", Utf8(monitor.file.c_str())}}));
     }
     nlohmann::json ports = nlohmann::json::array();
     for (const PortView& port : ListPorts()) {
-        ports.push_back({{"name", Utf8(port.name.c_str())}, {"monitor", Utf8(port.monitor.c_str())}});
+        ports.push_back(JsonObject({{"name", Utf8(port.name.c_str())}, {"monitor", Utf8(port.monitor.c_str())}}));
     }
     std::vector<PrinterView> printerViews = ListPrinters();
     nlohmann::json printers = nlohmann::json::array();
     for (const PrinterView& printer : printerViews) {
-        printers.push_back({{"name", Utf8(printer.name.c_str())},
-                            {"driver", Utf8(printer.driver.c_str())},
-                            {"port", Utf8(printer.port.c_str())}});
+        printers.push_back(JsonObject({{"name", Utf8(printer.name.c_str())},
+                                       {"driver", Utf8(printer.driver.c_str())},
+                                       {"port", Utf8(printer.port.c_str())}}));
     }
     std::string byDefault = DefaultPrinter(machine, printerViews);
-    return {{"folder", machine.Folder().string()},
-            {"system", {{"name", system.name}, {"version", VersionText(system)}, {"processor", ProcessorText(system)}}},
-            {"computerName", system.computerName},
-            {"restartPending", system.restartPending},
-            {"drivers", drivers},
-            {"monitors", monitors},
-            {"colourProfiles", ProfilesJson(machine)},
-            {"ports", ports},
-            {"printers", printers},
-            {"defaultPrinter", byDefault.empty() ? nlohmann::json(nullptr) : nlohmann::json(Utf8(byDefault.c_str()))}};
+    return JsonObject(
+        {{"folder", machine.Folder().string()},
+         {"system",
+          JsonObject({{"name", system.name}, {"version", VersionText(system)}, {"processor", ProcessorText(system)}})},
+         {"computerName", system.computerName},
+         {"restartPending", system.restartPending},
+         {"drivers", drivers},
+         {"monitors", monitors},
+         {"colourProfiles", ProfilesJson(machine)},
+         {"ports", ports},
+         {"printers", printers},
+         {"defaultPrinter", byDefault.empty() ? nlohmann::json(nullptr) : nlohmann::json(Utf8(byDefault.c_str()))}});
 }
 
 /// Where the machine's family keeps it.
@@ -204,10 +198,10 @@ void RestartMachine(Session& session, const MachineOptions& options) {
     session.RequireMachine();
     nlohmann::json json = nlohmann::json::array();
     for (const simulated::RestartStep& step : simulated::Restart(simulated::Current())) {
-        json.push_back(
+        json.push_back(JsonObject(
             {{"source", Utf8(step.source.c_str())},
              {"target", step.target.empty() ? nlohmann::json(nullptr) : nlohmann::json(Utf8(step.target.c_str()))},
-             {"code", step.code}});
+             {"code", step.code}}));
     }
     session.Print(json, [&] {
         for (const nlohmann::json& step : json) {
@@ -225,26 +219,27 @@ void RestartMachine(Session& session, const MachineOptions& options) {
 
 }  // namespace
 
-void AddMachineCommands(CLI::App& app, Session& session) {
-    CLI::App* noun = AddNoun(app, "machine", "Simulated machines");
+Command MachineCommands(Session& session) {
     auto options = std::make_shared<MachineOptions>();
-
-    CLI::App* make = noun->add_subcommand("new", "Make a fresh machine in a folder");
-    make->add_option("DIR", options->folder, "Folder; must be missing or empty")->required();
-    make->add_option("--system", options->system, "System, as `pikel machine systems` lists it")->capture_default_str();
-    make->callback([&session, options] { New(session, *options); });
-
-    CLI::App* show = noun->add_subcommand("show", "Show what is on a machine");
-    show->add_option("DIR", options->folder, "Folder; without it --machine or PIKEL_MACHINE");
-    show->callback([&session, options] { Show(session, *options); });
-
-    CLI::App* restart = noun->add_subcommand("restart", "Carry out what waits for the machine's next start");
-    restart->add_option("DIR", options->folder, "Folder; without it --machine or PIKEL_MACHINE");
-    restart->callback([&session, options] { RestartMachine(session, *options); });
-
-    noun->add_subcommand("systems", "List the systems that a machine can be made for")->callback([&session] {
-        ListSystems(session);
-    });
+    const Option place = {"DIR", &options->folder, "Folder; without it --machine or PIKEL_MACHINE"};
+    return {"machine",
+            "Simulated machines",
+            {},
+            nullptr,
+            {{"new",
+              "Make a fresh machine in a folder",
+              {{"DIR", &options->folder, "Folder; must be missing or empty", Need::Required},
+               {.name = "--system",
+                .value = &options->system,
+                .help = "System, as `pikel machine systems` lists it",
+                .showsDefault = true}},
+              [&session, options] { New(session, *options); }},
+             {"show", "Show what is on a machine", {place}, [&session, options] { Show(session, *options); }},
+             {"restart",
+              "Carry out what waits for the machine's next start",
+              {place},
+              [&session, options] { RestartMachine(session, *options); }},
+             {"systems", "List the systems that a machine can be made for", {}, [&session] { ListSystems(session); }}}};
 }
 
 }  // namespace pikel::cli

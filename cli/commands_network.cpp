@@ -12,7 +12,7 @@ namespace {
 
 struct BrowseOptions {
     std::string under;
-    unsigned depth = 1;
+    DWORD depth = 1;
 };
 
 const char* KindText(DWORD kind) {
@@ -25,15 +25,18 @@ class Browser {
     explicit Browser(Session& session) : m_session(session) {}
 
     /// The children of a node, each with its own down to a depth.
-    nlohmann::json Children(const NetResourceRecord* parent, unsigned depth) {
+    nlohmann::json Children(const NetResourceRecord* parent, DWORD depth) {
         TableBlock<NetResourceRecord> nodes(m_session.Table());
         DWORD count = List(parent, nodes);
         nlohmann::json list = nlohmann::json::array();
         for (DWORD i = 0; i < count; ++i) {
             const NetResourceRecord& node = nodes.Get()[i];
-            nlohmann::json entry = {{"kind", KindText(node.ResourceKind)},   {"name", JsonText(node.RemoteName)},
-                                    {"shortName", JsonText(node.ShortName)}, {"comment", JsonText(node.Comment)},
-                                    {"provider", JsonText(node.Provider)},   {"usage", node.Usage}};
+            nlohmann::json entry = JsonObject({{"kind", KindText(node.ResourceKind)},
+                                               {"name", JsonText(node.RemoteName)},
+                                               {"shortName", JsonText(node.ShortName)},
+                                               {"comment", JsonText(node.Comment)},
+                                               {"provider", JsonText(node.Provider)},
+                                               {"usage", node.Usage}});
             if (depth > 1 && IsContainer(node)) {
                 entry["children"] = Children(&node, depth - 1);
             }
@@ -44,7 +47,7 @@ class Browser {
 
     /// The same for the node of a name, which is looked for from the top down.
     /// @return false when no node bears the name
-    bool ChildrenOf(const NetResourceRecord* parent, const std::string& name, unsigned depth, unsigned levels,
+    bool ChildrenOf(const NetResourceRecord* parent, const std::string& name, DWORD depth, unsigned levels,
                     nlohmann::json* result) {
         TableBlock<NetResourceRecord> nodes(m_session.Table());
         const DWORD count = List(parent, nodes);
@@ -108,13 +111,21 @@ void Browse(Session& session, const BrowseOptions& options) {
 
 }  // namespace
 
-void AddNetworkCommands(CLI::App& app, Session& session) {
-    CLI::App* noun = AddNoun(app, "net", "The network");
+Command NetworkCommands(Session& session) {
     auto options = std::make_shared<BrowseOptions>();
-    CLI::App* browse = noun->add_subcommand("browse", "List what the network offers, from the top");
-    browse->add_option("--under", options->under, "Begin below this node, by its name");
-    browse->add_option("--depth", options->depth, "Levels to show")->check(CLI::Range(1u, 8u))->capture_default_str();
-    browse->callback([&session, options] { Browse(session, *options); });
+    return {"net",
+            "The network",
+            {},
+            nullptr,
+            {{"browse",
+              "List what the network offers, from the top",
+              {{"--under", &options->under, "Begin below this node, by its name"},
+               {.name = "--depth",
+                .value = &options->depth,
+                .help = "Levels to show",
+                .range = NumberRange{1, 8},
+                .showsDefault = true}},
+              [&session, options] { Browse(session, *options); }}}};
 }
 
 }  // namespace pikel::cli

@@ -16,7 +16,7 @@ struct InstallOptions {
     std::string share;
 };
 
-void RunCommandLine(Session& session, const std::string& commandLine) {
+void RunPrintUi(Session& session, const std::string& commandLine) {
     session.RequireMachine();
     Session::Check("PI_KEL_RunPrintUI", session.Table().PI_KEL_RunPrintUI(commandLine.c_str()), PIKEL_PREFIX_GENERAL);
     session.Print({{"commandLine", commandLine}}, [&] { std::printf("ran %s\n", commandLine.c_str()); });
@@ -45,26 +45,30 @@ void Install(Session& session, const InstallOptions& options) {
 
 }  // namespace
 
-void AddPrintUiCommands(CLI::App& app, Session& session) {
-    CLI::App* noun = AddNoun(app, "printui", "The system's Print UI: Windows 2000 and later");
+Command PrintUiCommands(Session& session) {
     auto line = std::make_shared<std::string>();
-    CLI::App* run = noun->add_subcommand("run", "Run a command line of the Print UI");
-    run->add_option("COMMANDLINE", *line, "One argument, as in '/dl /n\"Printer\" /q'")->required();
-    run->callback([&session, line] { RunCommandLine(session, *line); });
-
     auto id = std::make_shared<DWORD>(0);
-    CLI::App* resource = noun->add_subcommand("resource", "Show a text of the Print UI's string table");
-    resource->add_option("ID", *id, "Number of the text")->required();
-    resource->callback([&session, id] { ShowResource(session, *id); });
-
     auto options = std::make_shared<InstallOptions>();
-    CLI::App* install = noun->add_subcommand("install", "Install a printer with its driver through the Print UI");
-    install->add_option("--inf", options->inf, "The INF")->required();
-    install->add_option("--model", options->model, "Model, as `pikel inf models` lists it")->required();
-    install->add_option("--printer", options->printer, "Name of the new printer")->required();
-    install->add_option("--port", options->port, "A port that is there")->required();
-    install->add_option("--share", options->share, "Share it under this name");
-    install->callback([&session, options] { Install(session, *options); });
+    return {"printui",
+            "The system's Print UI: Windows 2000 and later",
+            {},
+            nullptr,
+            {{"run",
+              "Run a command line of the Print UI",
+              {{"COMMANDLINE", line.get(), "One argument, as in '/dl /n\"Printer\" /q'", Need::Required}},
+              [&session, line] { RunPrintUi(session, *line); }},
+             {"resource",
+              "Show a text of the Print UI's string table",
+              {{"ID", id.get(), "Number of the text", Need::Required}},
+              [&session, id] { ShowResource(session, *id); }},
+             {"install",
+              "Install a printer with its driver through the Print UI",
+              {{"--inf", &options->inf, "The INF", Need::Required},
+               {"--model", &options->model, "Model, as `pikel inf models` lists it", Need::Required},
+               {"--printer", &options->printer, "Name of the new printer", Need::Required},
+               {"--port", &options->port, "A port that is there", Need::Required},
+               {"--share", &options->share, "Share it under this name"}},
+              [&session, options] { Install(session, *options); }}}};
 }
 
 }  // namespace pikel::cli

@@ -32,11 +32,11 @@ void ListPrintersCommand(Session& session) {
     std::vector<PrinterView> printers = ListPrinters();
     nlohmann::json json = nlohmann::json::array();
     for (const PrinterView& printer : printers) {
-        json.push_back({{"name", Utf8(printer.name.c_str())},
-                        {"driver", Utf8(printer.driver.c_str())},
-                        {"port", Utf8(printer.port.c_str())},
-                        {"comment", Utf8(printer.comment.c_str())},
-                        {"attributes", printer.attributes}});
+        json.push_back(JsonObject({{"name", Utf8(printer.name.c_str())},
+                                   {"driver", Utf8(printer.driver.c_str())},
+                                   {"port", Utf8(printer.port.c_str())},
+                                   {"comment", Utf8(printer.comment.c_str())},
+                                   {"attributes", printer.attributes}}));
     }
     session.Print(json, [&] {
         for (const PrinterView& printer : printers) {
@@ -148,62 +148,79 @@ void SetDefault(Session& session, const std::string& printer) {
                   [&] { std::printf("default printer is %s\n", printer.c_str()); });
 }
 
+Command AddVerb(Session& session) {
+    auto printer = std::make_shared<NewPrinter>();
+    return {"add",
+            "Add a printer, or connect to \\\\SERVER\\PRINTER",
+            {{"NAME", &printer->name, "Name of the printer", Need::Required},
+             {"--driver", &printer->driver, "Driver, as `pikel driver list` shows it"},
+             {"--port", &printer->port, "Port"},
+             {"--comment", &printer->comment, "Comment"},
+             {"--location", &printer->location, "Location"},
+             {"--profile", &printer->profiles, "Colour profile to associate; may be given several times"}},
+            [&session, printer] { AddPrinterCommand(session, *printer); }};
+}
+
+/// The options of both removals, with the one that a verb has besides.
+std::vector<Option> RemovalOptionTable(RemovalOptions& removal, Option own) {
+    return {{"NAME", &removal.name, "Name of the printer", Need::Required},
+            {"--profile", &removal.profiles,
+             "Colour profile that goes as well; without any those that the printer reports"},
+            {"--print-ui", &removal.printUi, "Through the system's Print UI, before Vista"},
+            std::move(own)};
+}
+
 }  // namespace
 
-void AddPortCommands(CLI::App& app, Session& session) {
-    CLI::App* noun = AddNoun(app, "port", "Printer ports");
+Command PortCommands(Session& session) {
     auto port = std::make_shared<NewPort>();
-    CLI::App* create = noun->add_subcommand("create", "Create a network port through a port SDK library");
-    create->add_option("NAME", port->name, "Name or address, at most 20 characters")->required();
-    create->add_option("--sdk", port->sdk, "The port SDK library; a simulated machine has one of its own");
-    create->add_flag("--lpr", port->lpr, "An LPR port instead of a raw one");
-    create->add_option("--queue", port->queue, "Queue of an LPR port");
-    create->add_flag("--byte-count", port->byteCount, "Count bytes before sending (LPR)");
-    create->callback([&session, port] { CreatePortCommand(session, *port); });
+    return {"port",
+            "Printer ports",
+            {},
+            nullptr,
+            {{"create",
+              "Create a network port through a port SDK library",
+              {{"NAME", &port->name, "Name or address, at most 20 characters", Need::Required},
+               {"--sdk", &port->sdk, "The port SDK library; a simulated machine has one of its own"},
+               {"--lpr", &port->lpr, "An LPR port instead of a raw one"},
+               {"--queue", &port->queue, "Queue of an LPR port"},
+               {"--byte-count", &port->byteCount, "Count bytes before sending (LPR)"}},
+              [&session, port] { CreatePortCommand(session, *port); }}}};
 }
 
-void AddPrinterCommands(CLI::App& app, Session& session) {
-    CLI::App* noun = AddNoun(app, "printer", "Printers");
-    auto printer = std::make_shared<NewPrinter>();
-    CLI::App* add = noun->add_subcommand("add", "Add a printer, or connect to \\\\SERVER\\PRINTER");
-    add->add_option("NAME", printer->name, "Name of the printer")->required();
-    add->add_option("--driver", printer->driver, "Driver, as `pikel driver list` shows it");
-    add->add_option("--port", printer->port, "Port");
-    add->add_option("--comment", printer->comment, "Comment");
-    add->add_option("--location", printer->location, "Location");
-    add->add_option("--profile", printer->profiles, "Colour profile to associate; may be given several times");
-    add->callback([&session, printer] { AddPrinterCommand(session, *printer); });
-
-    noun->add_subcommand("list", "List the printers")->callback([&session] { ListPrintersCommand(session); });
-
+Command PrinterCommands(Session& session) {
     auto removal = std::make_shared<RemovalOptions>();
-    auto addCommon = [&](CLI::App* command) {
-        command->add_option("NAME", removal->name, "Name of the printer")->required();
-        command->add_option("--profile", removal->profiles,
-                            "Colour profile that goes as well; without any those that the printer reports");
-        command->add_flag("--print-ui", removal->printUi, "Through the system's Print UI, before Vista");
-    };
-    CLI::App* remove = noun->add_subcommand("delete", "Delete a printer, or the connection to \\\\SERVER\\PRINTER");
-    addCommon(remove);
-    remove->add_flag("--keep-share", removal->keepShare, "Leave profiles, and the share of Windows 95, 98 and Me");
-    remove->callback([&session, removal] { DeletePrinterCommand(session, *removal); });
-
-    CLI::App* uninstall =
-        noun->add_subcommand("uninstall", "Delete a printer, and its driver when nobody else uses it");
-    addCommon(uninstall);
-    uninstall->add_flag("--keep-files", removal->keepFiles, "With --print-ui: leave the language monitor's files");
-    uninstall->callback([&session, removal] { UninstallPrinterCommand(session, *removal); });
-
-    AddPrinterRecordCommands(*noun, session);
+    Command noun = {"printer",
+                    "Printers",
+                    {},
+                    nullptr,
+                    {AddVerb(session),
+                     {"list", "List the printers", {}, [&session] { ListPrintersCommand(session); }},
+                     {"delete", "Delete a printer, or the connection to \\\\SERVER\\PRINTER",
+                      RemovalOptionTable(*removal, {"--keep-share", &removal->keepShare,
+                                                    "Leave profiles, and the share of Windows 95, 98 and Me"}),
+                      [&session, removal] { DeletePrinterCommand(session, *removal); }},
+                     {"uninstall", "Delete a printer, and its driver when nobody else uses it",
+                      RemovalOptionTable(*removal, {"--keep-files", &removal->keepFiles,
+                                                    "With --print-ui: leave the language monitor's files"}),
+                      [&session, removal] { UninstallPrinterCommand(session, *removal); }}}};
+    for (Command& verb : PrinterRecordVerbs(session)) {
+        noun.verbs.push_back(std::move(verb));
+    }
+    return noun;
 }
 
-void AddDefaultCommands(CLI::App& app, Session& session) {
-    CLI::App* noun = AddNoun(app, "default", "The default printer");
-    noun->add_subcommand("get", "Show the default printer")->callback([&session] { GetDefault(session); });
+Command DefaultCommands(Session& session) {
     auto name = std::make_shared<std::string>();
-    CLI::App* set = noun->add_subcommand("set", "Make a printer the default");
-    set->add_option("NAME", *name, "Name of the printer")->required();
-    set->callback([&session, name] { SetDefault(session, *name); });
+    return {"default",
+            "The default printer",
+            {},
+            nullptr,
+            {{"get", "Show the default printer", {}, [&session] { GetDefault(session); }},
+             {"set",
+              "Make a printer the default",
+              {{"NAME", name.get(), "Name of the printer", Need::Required}},
+              [&session, name] { SetDefault(session, *name); }}}};
 }
 
 }  // namespace pikel::cli

@@ -177,37 +177,45 @@ void Import(Session& session, const FileOptions& options) {
                   [&] { std::printf("imported %s into %s\n", options.file.c_str(), name.c_str()); });
 }
 
+Command SetVerb(Session& session) {
+    auto options = std::make_shared<SetOptions>();
+    return {"set",
+            "Change a printer's settings",
+            {{"NAME", &options->name, "Name of the printer", Need::Required},
+             {"--name", &options->newName, "New name"},
+             {"--driver", &options->driver, "Driver, as `pikel driver list` shows it"},
+             {"--port", &options->port, "Port"},
+             {"--comment", &options->comment, "Comment"},
+             {"--location", &options->location, "Location"},
+             {"--share", &options->share, "Share name; an empty one ends the sharing"},
+             {"--priority", &options->priority, "Priority, 1 to 99"},
+             {.name = "--default-devmode",
+              .value = &options->keepDevMode,
+              .help = "Let the driver choose the device settings",
+              .clears = true}},
+            [&session, options] { Set(session, *options); }};
+}
+
 }  // namespace
 
-void AddPrinterRecordCommands(CLI::App& noun, Session& session) {
+std::vector<Command> PrinterRecordVerbs(Session& session) {
     auto name = std::make_shared<std::string>();
-    CLI::App* show = noun.add_subcommand("show", "Show all that is known of a printer");
-    show->add_option("NAME", *name, "Name of the printer")->required();
-    show->callback([&session, name] { Show(session, *name); });
-
-    auto options = std::make_shared<SetOptions>();
-    CLI::App* set = noun.add_subcommand("set", "Change a printer's settings");
-    set->add_option("NAME", options->name, "Name of the printer")->required();
-    set->add_option("--name", options->newName, "New name");
-    set->add_option("--driver", options->driver, "Driver, as `pikel driver list` shows it");
-    set->add_option("--port", options->port, "Port");
-    set->add_option("--comment", options->comment, "Comment");
-    set->add_option("--location", options->location, "Location");
-    set->add_option("--share", options->share, "Share name; an empty one ends the sharing");
-    set->add_option("--priority", options->priority, "Priority, 1 to 99");
-    set->add_flag("!--default-devmode", options->keepDevMode, "Let the driver choose the device settings");
-    set->callback([&session, options] { Set(session, *options); });
-
     auto files = std::make_shared<FileOptions>();
-    CLI::App* exporting = noun.add_subcommand("export", "Write all that is known of a printer as JSON");
-    exporting->add_option("NAME", files->name, "Name of the printer")->required();
-    exporting->add_option("--to", files->file, "File; without it to standard output");
-    exporting->callback([&session, files] { Export(session, *files); });
-
-    CLI::App* importing = noun.add_subcommand("import", "Write an exported record back to a printer that is there");
-    importing->add_option("FILE", files->file, "File that `pikel printer export` wrote")->required();
-    importing->add_option("--printer", files->name, "Printer; without it the one that the file names");
-    importing->callback([&session, files] { Import(session, *files); });
+    return {{"show",
+             "Show all that is known of a printer",
+             {{"NAME", name.get(), "Name of the printer", Need::Required}},
+             [&session, name] { Show(session, *name); }},
+            SetVerb(session),
+            {"export",
+             "Write all that is known of a printer as JSON",
+             {{"NAME", &files->name, "Name of the printer", Need::Required},
+              {"--to", &files->file, "File; without it to standard output"}},
+             [&session, files] { Export(session, *files); }},
+            {"import",
+             "Write an exported record back to a printer that is there",
+             {{"FILE", &files->file, "File that `pikel printer export` wrote", Need::Required},
+              {"--printer", &files->name, "Printer; without it the one that the file names"}},
+             [&session, files] { Import(session, *files); }}};
 }
 
 }  // namespace pikel::cli

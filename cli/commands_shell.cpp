@@ -39,19 +39,23 @@ void WhoAmI(Session& session) {
 
 }  // namespace
 
-void AddShellCommands(CLI::App& app, Session& session) {
-    CLI::App* noun = AddNoun(app, "shortcut", "Shortcuts in the Start menu");
+Command ShortcutCommands(Session& session) {
     auto options = std::make_shared<ShortcutOptions>();
-    CLI::App* create = noun->add_subcommand("create", "Create a shortcut in a folder of the Start menu's programs");
-    create->add_option("NAME", options->name, "Name of the shortcut")->required();
-    create->add_option("--folder", options->folder, "Folder below the programs; made unless it is there")->required();
-    create->add_option("--target", options->target, "What the shortcut starts")->required();
-    create->add_option("--workdir", options->workingDirectory, "Folder in which it starts");
-    create->callback([&session, options] { CreateShortcut(session, *options); });
+    return {"shortcut",
+            "Shortcuts in the Start menu",
+            {},
+            nullptr,
+            {{"create",
+              "Create a shortcut in a folder of the Start menu's programs",
+              {{"NAME", &options->name, "Name of the shortcut", Need::Required},
+               {"--folder", &options->folder, "Folder below the programs; made unless it is there", Need::Required},
+               {"--target", &options->target, "What the shortcut starts", Need::Required},
+               {"--workdir", &options->workingDirectory, "Folder in which it starts"}},
+              [&session, options] { CreateShortcut(session, *options); }}}};
+}
 
-    app.add_subcommand("whoami", "Tell whether the user is an administrator")->callback([&session] {
-        WhoAmI(session);
-    });
+Command WhoAmICommand(Session& session) {
+    return {"whoami", "Tell whether the user is an administrator", {}, [&session] { WhoAmI(session); }};
 }
 
 }  // namespace pikel::cli

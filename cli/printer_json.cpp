@@ -71,11 +71,11 @@ json ValuesJson(const PrinterRecord& record) {
     json values = json::array();
     for (DWORD i = 0; i < record.RegistryEntryCount; ++i) {
         const PrinterRegistryEntry& entry = record.RegistryEntries[i];
-        values.push_back({{"key", JsonText(entry.Key)},
-                          {"name", JsonText(entry.ValueName)},
-                          {"type", entry.Type},
-                          {"kind", entry.Kind},
-                          {"data", Hex(entry.Data, entry.Size)}});
+        values.push_back(JsonObject({{"key", JsonText(entry.Key)},
+                                     {"name", JsonText(entry.ValueName)},
+                                     {"type", entry.Type},
+                                     {"kind", entry.Kind},
+                                     {"data", Hex(entry.Data, entry.Size)}}));
     }
     return values;
 }
@@ -84,15 +84,15 @@ json ShareJson(const PrinterShareRecord* share) {
     if (share == nullptr) {
         return nullptr;
     }
-    return {{"name", Utf8(share->NetName)},
-            {"type", share->ShareType},
-            {"flags", share->Flags},
-            {"remark", Utf8(share->Remark)},
-            {"path", Utf8(share->Path)},
-            {"readWritePassword", Utf8(share->ReadWritePassword)},
-            {"readOnlyPassword", Utf8(share->ReadOnlyPassword)},
-            {"notSelectedTimeout", share->DeviceNotSelectedTimeout},
-            {"retryTimeout", share->TransmissionRetryTimeout}};
+    return JsonObject({{"name", Utf8(share->NetName)},
+                       {"type", share->ShareType},
+                       {"flags", share->Flags},
+                       {"remark", Utf8(share->Remark)},
+                       {"path", Utf8(share->Path)},
+                       {"readWritePassword", Utf8(share->ReadWritePassword)},
+                       {"readOnlyPassword", Utf8(share->ReadOnlyPassword)},
+                       {"notSelectedTimeout", share->DeviceNotSelectedTimeout},
+                       {"retryTimeout", share->TransmissionRetryTimeout}});
 }
 
 /// Text with NULs behind it and nowhere else: the descriptor of a later system, not the bytes of NT 4.
@@ -109,7 +109,7 @@ json SecurityJson(const PrinterSecurityRecord* security) {
     if (security == nullptr) {
         return nullptr;
     }
-    json result = {{"publishAction", security->PublishAction}, {"devMode", DevModeJson(security->DevMode)}};
+    json result = JsonObject({{"publishAction", security->PublishAction}, {"devMode", DevModeJson(security->DevMode)}});
     if (security->SecurityDescriptor != nullptr && IsDescriptorText(*security)) {
         result["descriptor"] = Utf8(security->SecurityDescriptor);
     } else if (security->SecurityDescriptor != nullptr) {

@@ -4,11 +4,11 @@
 #pragma once
 
 #include <deque>
-#include <nlohmann/json.hpp>
 #include <string>
 #include <vector>
 
 #include "frame/pikel.h"
+#include "json.h"
 
 namespace pikel::cli {
 

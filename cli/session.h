@@ -4,9 +4,9 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
-#include <nlohmann/json.hpp>
 #include <string>
 
+#include "json.h"
 #include "library.h"
 #include "platform/types.h"
 
@@ -58,6 +58,10 @@ class Session {
 
     /// Prints a result: the JSON with --json, else what the function prints.
     void Print(const nlohmann::json& json, const std::function<void()>& asText) const;
+    /// The same for an object with these members.
+    void Print(std::initializer_list<JsonField> fields, const std::function<void()>& asText) const {
+        Print(JsonObject(fields), asText);
+    }
     /// A progress line on standard error, only where a person looks at it.
     void Progress(const std::string& text) const;
 

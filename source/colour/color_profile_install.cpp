@@ -5,7 +5,7 @@
 
 #include "colour/colour_library.h"
 #include "colour/profile_registry.h"
-#include "spooler/look_ups.h"
+#include "frame/look_ups.h"
 #include "frame/log.h"
 #include "frame/os_route.h"
 #include "frame/text.h"

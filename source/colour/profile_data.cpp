@@ -17,8 +17,8 @@ namespace {
 constexpr std::size_t kHeadSize = 1024;
 constexpr std::size_t kKindAt = 12;
 constexpr std::size_t kIdentAt = 44;
-// The two bounds between which the first blocks are looked for. They are no part of the file's format: this is how
-// profiles have always been read here, and the entries of installed profiles depend on it.
+// The two bounds between which the first blocks are looked for. They are no part of the file's format: a
+// profile whose blocks lie outside them is entered without its texts.
 constexpr std::size_t kBlocksFrom = 304;
 constexpr std::size_t kFirstBlockBefore = 512;
 constexpr std::size_t kBlockSize = 268;
@@ -40,7 +40,7 @@ std::size_t FindMark(const ProfileHead& head, std::string_view mark, std::size_t
 }
 
 /// Where the search for the first description starts. It steps over a text block, whose string it measures from 8 bytes
-/// behind the text's first byte; that reckoning stays as it is, for the sake of the entries that come of it.
+/// behind the text's first byte; of a shorter text it measures what lies behind it.
 std::size_t FindDescriptionsStart(const ProfileHead& head) {
     std::size_t block = FindMark(head, kTextMark, kBlocksFrom, kFirstBlockBefore);
     if (block == kNotFound) {

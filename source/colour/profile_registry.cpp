@@ -79,7 +79,7 @@ LSTATUS CreateKey(HKEY hParent, LPCSTR lpszPath, PHKEY phKey, LPDWORD pdwDisposi
 }
 
 /// Writes a text without its NUL.
-LSTATUS SetText(HKEY hKey, LPCSTR lpszName, std::string_view text) {
+LSTATUS SetTextWithoutNul(HKEY hKey, LPCSTR lpszName, std::string_view text) {
     return Platform().RegSetValueExA(hKey, lpszName, 0, REG_SZ, reinterpret_cast<const BYTE*>(text.data()),
                                      static_cast<DWORD>(text.size()));
 }
@@ -100,14 +100,14 @@ bool OpenProfileKeys(const ProfileClass& profileClass, const ProfileData& data, 
     }
     LPCSTR lpszManufacturer = IsEmpty(data.szManufacturerText) ? kUnknownManufacturer : data.szManufacturerText;
     LPCSTR lpszFailure = profileClass.lpszManufacturerTagFailure;
-    nStatus = SetText(keys.manufacturerKey.Get(), "ManufacturerTag", lpszManufacturer);
+    nStatus = SetTextWithoutNul(keys.manufacturerKey.Get(), "ManufacturerTag", lpszManufacturer);
     if (nStatus == ERROR_SUCCESS) {
         lpszFailure = profileClass.lpszModelKeyFailure;
         nStatus = CreateKey(keys.manufacturerKey.Get(), data.ModelSignature().c_str(), keys.modelKey.Out());
     }
     if (nStatus == ERROR_SUCCESS) {
         lpszFailure = profileClass.lpszModelTagFailure;
-        nStatus = SetText(keys.modelKey.Get(), "ModelTag", data.szModelText);
+        nStatus = SetTextWithoutNul(keys.modelKey.Get(), "ModelTag", data.szModelText);
     }
     if (nStatus != ERROR_SUCCESS) {
         keys.Close();
@@ -124,7 +124,7 @@ void AddProfileValue(HKEY hKey, LPCSTR lpszPath, DWORD dwLimit) {
         char szName[kValuePrefixLength + 12];
         std::snprintf(szName, sizeof szName, "%s%02d", kValuePrefix, static_cast<INT>(i));
         if (Platform().RegQueryValueExA(hKey, szName, nullptr, nullptr, nullptr, nullptr) != ERROR_SUCCESS) {
-            SetText(hKey, szName, lpszPath);
+            SetTextWithoutNul(hKey, szName, lpszPath);
             return;
         }
     }
@@ -153,7 +153,7 @@ LPCSTR QualityPath(LPCSTR lpszPath) {
 
 /// Enters a printer profile under the key of its quality. A key that is new holds no repeat to look for.
 void AddQualityValue(HKEY hModelKey, LPCSTR lpszPath) {
-    // Not an owner: this key stays open until the process ends. That has always been so, and is kept.
+    // Not an owner: this key stays open until the process ends, so that a trace shows one close less than opens.
     HKEY hQualityKey = nullptr;
     DWORD dwDisposition = 0;
     if (CreateKey(hModelKey, QualityPath(lpszPath), &hQualityKey, &dwDisposition) != ERROR_SUCCESS) {

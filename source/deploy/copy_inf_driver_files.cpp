@@ -56,29 +56,14 @@ std::string SourceDirectoryOf(std::string_view infPath) {
 
 namespace InfHelper {
 
-/// What one copy works with, released from the last member to the first.
+/// What one copy works with. It goes from the last member to the first.
 struct CInfPrinter::Job {
     InfHandle inf;
     FileQueueHandle queue;
     QueueCallbackContext context;
     std::string strSource;            ///< folder of the INF
     PSP_FILE_CALLBACK_A pfnCallback;  ///< the caller's, or null
-
-    void Release() {
-        context.Reset();
-        queue.Reset();
-        inf.Reset();
-    }
 };
-
-void CInfPrinter::ReadSections(HINF hInf, LPCSTR lpszDriverName, DWORD dwArchitecture, INT nMajorVersion,
-                               DWORD dwMinorVersion) {
-    if (lpszDriverName == nullptr) {
-        throw StepFailure{ERROR_INVALID_PARAMETER};
-    }
-    Check(m_cManufacturer.GetData(hInf, dwArchitecture, static_cast<DWORD>(nMajorVersion), dwMinorVersion));
-    Check(m_cModels.GetData(hInf, m_cManufacturer.m_vecSections.FrontOrEmpty().c_str(), lpszDriverName));
-}
 
 void CInfPrinter::CopyFiles(Job& job, HWND hwndOwner, HWND hwndProgress) {
     job.queue.Reset(Platform().SetupOpenFileQueue());
@@ -86,8 +71,8 @@ void CInfPrinter::CopyFiles(Job& job, HWND hwndOwner, HWND hwndProgress) {
     job.context.Reset(Platform().SetupInitDefaultQueueCallbackEx(hwndOwner, hwndProgress, 0, 0, nullptr));
     CheckCall(static_cast<bool>(job.context));
     CheckCall(Platform().SetupInstallFilesFromInfSectionA(job.inf.Get(), nullptr, job.queue.Get(),
-                                                          m_cModels.m_strInstallSection.c_str(), job.strSource.c_str(),
-                                                          SP_COPY_FORCE_NEWER));
+                                                          m_sections.m_cModels.m_strInstallSection.c_str(),
+                                                          job.strSource.c_str(), SP_COPY_FORCE_NEWER));
     // The queue needs some callback: without the caller's, the system's own works on the context that it gets anyway.
     PSP_FILE_CALLBACK_A pfnCallback =
         job.pfnCallback != nullptr ? job.pfnCallback : Platform().SetupDefaultQueueCallbackA;
@@ -96,11 +81,12 @@ void CInfPrinter::CopyFiles(Job& job, HWND hwndOwner, HWND hwndProgress) {
 
 /// Places the language monitor's own file in the system directory. A failure is logged and ends nothing.
 void CInfPrinter::CopyMonitorFile(const Job& job) {
-    if (CInfInstallSection::GetMonitorName(job.inf.Get(), m_cModels.m_strInstallSection.c_str(),
-                                           m_cInstall.m_strMonitorName, m_cInstall.m_strMonitorFile) != 0) {
+    if (CInfInstallSection::GetMonitorName(job.inf.Get(), m_sections.m_cModels.m_strInstallSection.c_str(),
+                                           m_sections.m_cInstall.m_strMonitorName,
+                                           m_sections.m_cInstall.m_strMonitorFile) != 0) {
         return;
     }
-    const std::string& strFile = m_cInstall.m_strMonitorFile;
+    const std::string& strFile = m_sections.m_cInstall.m_strMonitorFile;
     std::string strTarget = GetOsIdentity().systemDirectory + "\\" + strFile;
     BOOL bInUse = FALSE;
     if (!Platform().SetupInstallFileExA(job.inf.Get(), nullptr, strFile.c_str(), job.strSource.c_str(),
@@ -115,7 +101,7 @@ void CInfPrinter::CopyMonitorFile(const Job& job) {
 }
 
 void CInfPrinter::ApplyRegistry(HINF hInf) {
-    CheckCall(Platform().SetupInstallFromInfSectionA(nullptr, hInf, m_cModels.m_strInstallSection.c_str(),
+    CheckCall(Platform().SetupInstallFromInfSectionA(nullptr, hInf, m_sections.m_cModels.m_strInstallSection.c_str(),
                                                      SPINST_REGISTRY, nullptr, nullptr, 0, nullptr, nullptr, nullptr,
                                                      nullptr));
 }
@@ -124,24 +110,24 @@ DWORD CInfPrinter::CopyInfDriverFiles(LPCSTR lpszInfPath, LPCSTR lpszDriverName,
                                       DWORD dwArchitecture, INT nMajorVersion, DWORD dwMinorVersion, HWND hwndOwner,
                                       HWND hwndProgress) {
     WriteLogDetail("InfHelper::CInfPrinter::CopyInfDriverFiles() - Start");
-    Job job;
-    job.pfnCallback = pfnCallback;
-    DWORD dwStatus = OpenInf(lpszInfPath, job.inf);
-    if (dwStatus == 0) {
-        try {
-            job.strSource = SourceDirectoryOf(lpszInfPath);
-            ReadSections(job.inf.Get(), lpszDriverName, dwArchitecture, nMajorVersion, dwMinorVersion);
-            SetDirectories(job.inf.Get(), dwArchitecture);
-            CopyFiles(job, hwndOwner, hwndProgress);
-            if (HasOsClass(OsClassNtFamily)) {
-                CopyMonitorFile(job);
-            }
-            ApplyRegistry(job.inf.Get());
-        } catch (const StepFailure& failure) {
-            dwStatus = failure.dwCode;
+    DWORD dwStatus = 0;
+    try {
+        Job job;  // gone before the last line is written
+        job.pfnCallback = pfnCallback;
+        Check(OpenInf(lpszInfPath, job.inf));
+        job.strSource = SourceDirectoryOf(lpszInfPath);
+        Check(lpszDriverName != nullptr ? DWORD{ERROR_SUCCESS} : DWORD{ERROR_INVALID_PARAMETER});
+        Check(m_sections.ReadModel(job.inf.Get(), lpszDriverName, dwArchitecture, static_cast<DWORD>(nMajorVersion),
+                                   dwMinorVersion));
+        SetDirectories(job.inf.Get(), dwArchitecture);
+        CopyFiles(job, hwndOwner, hwndProgress);
+        if (HasOsClass(OsClassNtFamily)) {
+            CopyMonitorFile(job);
         }
+        ApplyRegistry(job.inf.Get());
+    } catch (const StepFailure& failure) {
+        dwStatus = failure.dwCode;
     }
-    job.Release();
     WriteLogDetail("InfHelper::CInfPrinter::CopyInfDriverFiles() - End(%d)", dwStatus);
     return dwStatus;
 }

@@ -1,10 +1,7 @@
 // Copies all the files of one model to where its INF says, through the Setup API file queue.
 #pragma once
 
-#include "inf/install_section.h"
-#include "inf/manufacturer_section.h"
-#include "inf/models_section.h"
-#include "inf/version_section.h"
+#include "deploy/model_sections.h"
 #include "platform/types.h"
 
 namespace pikel {
@@ -33,15 +30,11 @@ class CInfPrinter {
   private:
     struct Job;
 
-    void ReadSections(HINF hInf, LPCSTR lpszDriverName, DWORD dwArchitecture, INT nMajorVersion, DWORD dwMinorVersion);
     void CopyFiles(Job& job, HWND hwndOwner, HWND hwndProgress);
     void CopyMonitorFile(const Job& job);
     void ApplyRegistry(HINF hInf);
 
-    CInfManufacturerSection m_cManufacturer;
-    CInfModelsSection m_cModels;
-    CInfInstallSection m_cInstall;
-    CInfVersionSection m_cVersion;  ///< belongs to the model of an INF; the copy doesn't read it
+    ModelSections m_sections;  ///< its version section is never read here
 };
 
 }  // namespace InfHelper

@@ -83,7 +83,8 @@ void SumUp(const FilePairs& pairs, const std::string& strFolder, LPDWORD pdwTota
                 dwTotal += dwSize;
                 WriteLogDetail("\t\tFile(%s) Size\t%d\t%d", strPath.c_str(), info.dwSourceSize, info.dwTargetSize);
             }
-            // A file that isn't there counts here with the size of the last one that was: installers know the sum so.
+            // A file that isn't there counts here with the size of the last one that was. A test for it would lower the
+            // shared size that the operation hands out.
             dwShared += dwSize * pairs.Repetitions(*pstrTarget);
         }
     }

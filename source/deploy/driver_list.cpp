@@ -1,11 +1,9 @@
 // The models that an INF offers to a system.
 #include "deploy/driver_list.h"
 
-#include "inf/inf_access.h"
-#include "inf/manufacturer_section.h"
-#include "inf/models_section.h"
 #include "frame/log.h"
 #include "frame/packer.h"
+#include "inf_store/inf_search.h"
 
 namespace pikel {
 
@@ -42,22 +40,6 @@ DWORD PackDriverList(const StringList& vecModels, LPSTR** ppList, LPDWORD pdwCou
 
 }  // namespace
 
-DWORD ReadModelKeys(LPCSTR infPath, DWORD dwArchitecture, DWORD dwMajorVersion, DWORD dwMinorVersion,
-                    StringList& vecModels) {
-    vecModels.Clear();
-    InfHandle inf;
-    DWORD dwStatus = OpenInf(infPath, inf);
-    if (!inf) {
-        return dwStatus;
-    }
-    CInfManufacturerSection manufacturer;
-    dwStatus = manufacturer.GetData(inf.Get(), dwArchitecture, dwMajorVersion, dwMinorVersion);
-    if (dwStatus != ERROR_SUCCESS || manufacturer.m_vecSections.empty()) {
-        return dwStatus;
-    }
-    return CInfModelsSection::GetAllDeviceKey(inf.Get(), manufacturer.m_vecSections[0].c_str(), vecModels);
-}
-
 DWORD PI_GetDriverListFromInf(LPCSTR infPath, DWORD dwArchitecture, DWORD dwMajorVersion, DWORD dwMinorVersion,
                               LPSTR** ppList, LPDWORD pdwCount) {
     if (ppList == nullptr || pdwCount == nullptr) {
@@ -70,7 +52,8 @@ DWORD PI_GetDriverListFromInf(LPCSTR infPath, DWORD dwArchitecture, DWORD dwMajo
     }
     WriteLogDetail("PI_GetDriverListFromInf Start");
     StringList vecModels;
-    DWORD dwStatus = ReadModelKeys(infPath, dwArchitecture, dwMajorVersion, dwMinorVersion, vecModels);
+    DWORD dwStatus =
+        GetInfModelList(infPath, dwArchitecture, dwMajorVersion, dwMinorVersion, vecModels, NoModels::AreNone);
     // The names of a read that stopped half-way are handed out together with its code.
     if (!vecModels.empty()) {
         const DWORD dwPackStatus = PackDriverList(vecModels, ppList, pdwCount);

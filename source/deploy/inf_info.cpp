@@ -6,22 +6,17 @@
 
 #include "inf/inf_access.h"
 #include "deploy/model_sections.h"
-#include "spooler/look_ups.h"
+#include "frame/look_ups.h"
 #include "frame/architecture.h"
 #include "frame/log.h"
 #include "frame/packer.h"
-#include "inf_store/dependent_files.h"
+#include "inf/destination_dirs_section.h"
+#include "inf/dependent_files.h"
 #include "platform/owned.h"
 
 namespace pikel {
 
 namespace {
-
-constexpr DWORD kVersion9x = 0;
-constexpr DWORD kVersionNt4 = 2;
-constexpr DWORD kVersion2000 = 3;
-constexpr DWORD kColourDirectory = 23;
-constexpr DWORD kSystemColourDirectory = 66003;
 
 DWORD ReadModel(LPCSTR lpcInfPath, LPCSTR lpDriverName, DWORD dwArchitecture, DWORD dwMajorVersion,
                 DWORD dwMinorVersion, ModelSections& model) {
@@ -38,12 +33,12 @@ DWORD DriverVersionOf(DWORD dwArchitecture, DWORD dwMajorVersion) {
     switch (dwArchitecture) {
         case PIKEL_ARCHITECTURE_NT4_X86:
         case PIKEL_ARCHITECTURE_NT_X86:
-            return dwMajorVersion == 4 ? kVersionNt4 : kVersion2000;
+            return dwMajorVersion == 4 ? PIKEL_DRIVER_VERSION_NT4 : PIKEL_DRIVER_VERSION_2000;
         case PIKEL_ARCHITECTURE_IA64:
         case PIKEL_ARCHITECTURE_X64:
-            return kVersion2000;
+            return PIKEL_DRIVER_VERSION_2000;
         default:
-            return kVersion9x;
+            return PIKEL_DRIVER_VERSION_9X;
     }
 }
 
@@ -88,7 +83,7 @@ void FillPaths(const CInfInstallSection& install, const std::string& strDirector
 /// A 9x driver has its date and version from the install section, and is the only one with a default data type.
 void FillVersion(const ModelSections& model, DWORD dwVersion, DRIVER_INFO_6A& info) {
     info.cVersion = dwVersion;
-    if (dwVersion == kVersion9x) {
+    if (dwVersion == PIKEL_DRIVER_VERSION_9X) {
         info.pDefaultDataType = Borrow(model.m_cInstall.m_strDefaultDataType);
         info.ftDriverDate = model.m_cInstall.m_ftDriverDate;
         info.dwlDriverVersion = model.m_cInstall.m_qwDriverVer;
@@ -143,7 +138,7 @@ DWORD FillMonitor(const CInfInstallSection& install, LPCSTR lpszEnvironment, MON
 /// The files that go to a colour directory.
 void FillProfiles(const CInfInstallSection& install, Draft& draft) {
     for (const CopyFileEntry& entry : install.m_vecCopyFiles) {
-        if (entry.m_dwDirID == kColourDirectory || entry.m_dwDirID == kSystemColourDirectory) {
+        if (entry.m_dwDirID == DirIDColor || entry.m_dwDirID == DirIDNtColor) {
             draft.vecProfiles.push_back(const_cast<LPSTR>(entry.m_strDest.c_str()));
         }
     }

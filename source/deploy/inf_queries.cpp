@@ -104,7 +104,7 @@ DWORD ApplyRegistry(LPCSTR lpszInfPath, LPCSTR lpszDriverName, DWORD dwArchitect
     UINT uErrorLine = 0;  // asked for and not read, as with every INF
     InfHandle inf(Platform().SetupOpenInfFileA(lpszInfPath, nullptr, INF_STYLE_WIN4, &uErrorLine));
     if (inf.Get() == INVALID_HANDLE_VALUE) {
-        return 0;  // an INF that isn't there is no failure: installers call this for packages without a registry part
+        return 0;  // an INF that can't be opened has no registry part to apply: the operation reports success for it
     }
     if (inf.Get() == nullptr) {
         inf.Release();  // nothing that could be closed

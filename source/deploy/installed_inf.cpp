@@ -3,11 +3,10 @@
 
 #include <string>
 
-#include "deploy/driver_list.h"
 #include "frame/log.h"
 #include "frame/os_identity.h"
 #include "frame/text.h"
-#include "inf_store/search.h"
+#include "inf_store/inf_search.h"
 #include "platform/owned.h"
 
 namespace pikel {
@@ -16,10 +15,7 @@ namespace {
 
 /// The folder in which the 9x family keeps the INFs that it was given later.
 std::string OtherFolder() {
-    char szWindows[MAX_PATH] = {};
-    Platform().GetWindowsDirectoryA(szWindows, sizeof szWindows);
-    szWindows[sizeof szWindows - 1] = '\0';
-    return std::string(szWindows) + "\\inf\\Other\\";
+    return SystemInfFolder() + "Other\\";
 }
 
 /// All INFs of a provider and class. A search that fails gives what it found.
@@ -96,7 +92,8 @@ DWORD DoGetInstalledInfName(LPCSTR driverName, DWORD dwArchitecture, DWORD dwMaj
         for (const std::string& strCandidate : listCandidates) {
             StringList listModels;
             // The code is that of the last candidate, whatever the others gave; callers go by the name.
-            dwStatus = ReadModelKeys(strCandidate.c_str(), dwArchitecture, dwMajorVersion, dwMinorVersion, listModels);
+            dwStatus = GetInfModelList(strCandidate.c_str(), dwArchitecture, dwMajorVersion, dwMinorVersion, listModels,
+                                       NoModels::AreNone);
             if (listModels.empty()) {
                 WriteLogDetail("DriverList is empty");
                 dwStatus = ERROR_FILE_NOT_FOUND;

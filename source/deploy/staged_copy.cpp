@@ -8,7 +8,7 @@
 #include "deploy/copy_lists.h"
 #include "deploy/expand_file.h"
 #include "driver/file_use.h"
-#include "spooler/look_ups.h"
+#include "frame/look_ups.h"
 #include "frame/architecture.h"
 #include "frame/log.h"
 #include "frame/os_identity.h"
@@ -20,7 +20,6 @@ namespace pikel {
 
 namespace {
 
-constexpr std::size_t kPathSize = 260;  // bytes of a path, NUL included
 constexpr char kEveryFile[] = "*.*";
 constexpr INT kSourceNewer = 1;
 constexpr INT kSourceMissing = 2;
@@ -28,8 +27,8 @@ constexpr INT kTargetNewer = -1;
 
 /// Cuts a path to what a path buffer holds.
 std::string Bounded(std::string strPath) {
-    if (strPath.size() >= kPathSize) {
-        strPath.resize(kPathSize - 1);
+    if (strPath.size() >= MAX_PATH) {
+        strPath.resize(MAX_PATH - 1);
     }
     return strPath;
 }
@@ -260,7 +259,7 @@ DWORD PrepareStagingFolder(LPCSTR lpszStagingFolder) {
 void DeleteFilesInFolder(LPCSTR lpszFolder, LPCSTR lpszPattern) {
     const std::string strFolder = WithBackslash(lpszFolder);
     const std::string strPattern = strFolder + lpszPattern;
-    if (strPattern.size() >= kPathSize) {
+    if (strPattern.size() >= MAX_PATH) {
         return;
     }
     WIN32_FIND_DATAA data{};
@@ -270,7 +269,7 @@ void DeleteFilesInFolder(LPCSTR lpszFolder, LPCSTR lpszPattern) {
     }
     do {
         const std::string strPath = strFolder + data.cFileName;
-        if ((data.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) == 0 && strPath.size() < kPathSize) {
+        if ((data.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) == 0 && strPath.size() < MAX_PATH) {
             ClearReadOnly(strPath.c_str());
             Platform().DeleteFileA(strPath.c_str());
         }

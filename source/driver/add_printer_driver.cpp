@@ -7,7 +7,7 @@
 #include "colour/color_profile_install.h"
 #include "spooler/driver_records.h"
 #include "driver/language_monitor.h"
-#include "spooler/look_ups.h"
+#include "frame/look_ups.h"
 #include "driver/spooler_service.h"
 #include "frame/architecture.h"
 #include "frame/log.h"
@@ -19,10 +19,7 @@ namespace pikel {
 
 namespace {
 
-constexpr DWORD kVersionNt4 = 2;
-constexpr DWORD kVersion2000 = 3;
-constexpr DWORD kWaitAfterRestart = 100;     // milliseconds
-constexpr DWORD kWaitBeforeSecondTry = 200;  // milliseconds
+constexpr DWORD kWaitAfterRestart = 100;  // milliseconds
 
 // ---- steps shared by the routines -----------------------------------------------------------------------------------
 
@@ -52,12 +49,13 @@ DWORD AddWithRetry(Add fnAdd, LPCSTR lpszRoutine, LPCSTR lpszFailure) {
     }
     DWORD dwStatus = 0;
     DWORD dwCode = Platform().GetLastError();
-    // The second comparison looks at the routine's status, which is 0 here, and not at the code just read: installers
-    // count on a failed call (1726) not starting the service. Don't mend it.
+    // The second comparison looks at the routine's status, which is 0 here, and not at the code just read, so that it
+    // never holds: after a failed call (1726) there is the wait and the second attempt, but no start of the service and
+    // no line of it in the log.
     if (dwCode == RPC_S_SERVER_UNAVAILABLE || dwStatus == RPC_S_CALL_FAILED) {
         WriteLog("%s - Service(%s).Start", lpszRoutine, kSpooler);
         ServiceHandles handles;
-        WithSpoolerService(handles, &Win32StartService, "Service(%s).Start Error(%d)");
+        WithSpoolerService(handles, &Win32StartService, kServiceStartFailure);
     }
     Platform().Sleep(kWaitBeforeSecondTry);
     if (!fnAdd()) {
@@ -132,7 +130,7 @@ DWORD AddOn9x(LPSTR lpszServer, const DriverAddRecord& record, DWORD dwLevel, In
 }
 
 DWORD AddOnNt4(LPSTR lpszServer, const DriverAddRecord& record, LPCSTR lpszRoutine) {
-    if (record.DriverInfo.cVersion == kVersionNt4) {
+    if (record.DriverInfo.cVersion == PIKEL_DRIVER_VERSION_NT4) {
         DWORD dwStatus = AddMonitorWithRestart(record.MonitorInfo, lpszRoutine);
         if (dwStatus != 0) {
             return dwStatus;
@@ -158,7 +156,7 @@ DWORD AddByCopying(LPSTR lpszServer, const DriverAddRecord& record, LPCSTR lpszR
 /// Windows 2000 and later.
 /// @param lpszOwn  the DriverArchitecture whose drivers get their monitor registered
 DWORD AddOn2k(LPSTR lpszServer, const DriverAddRecord& record, LPCSTR lpszOwn, LPCSTR lpszRoutine) {
-    if (record.DriverInfo.cVersion == kVersion2000 &&
+    if (record.DriverInfo.cVersion == PIKEL_DRIVER_VERSION_2000 &&
         EqualNoCase(TextOrEmpty(record.DriverInfo.pEnvironment), lpszOwn)) {
         DWORD dwStatus = AddMonitorWithRestart(record.MonitorInfo, lpszRoutine);
         if (dwStatus != 0) {

@@ -20,8 +20,7 @@ constexpr DWORD kSectionSize = 16384;  // bytes that the section is read into
 
 bool BuildNewName(LPCSTR lpszOldFile, LPCSTR lpszExtension, LPSTR lpszNewFile) {
     const PathParts parts = SplitPath(lpszOldFile);
-    return CopyIfFits(parts.strDrive + parts.strDirectory + parts.strName + lpszExtension, lpszNewFile,
-                      kDelayedPathSize);
+    return CopyIfFits(parts.strDrive + parts.strDirectory + parts.strName + lpszExtension, lpszNewFile, MAX_PATH);
 }
 
 /// Puts an entry behind the lines that the section has.
@@ -79,7 +78,7 @@ DWORD RenameFileAndRegister9x(LPCSTR lpszOldFile, LPCSTR lpszSourceFile) {
         return ERROR_INVALID_PARAMETER;
     }
     WriteLogDetail("RenameFileAndRegister9x() ReplaceExtension() OldFileName is %s", lpszOldFile);
-    char szNewFile[kDelayedPathSize] = {};
+    char szNewFile[MAX_PATH] = {};
     if (!ReplaceExtension(lpszOldFile, ".new", szNewFile)) {
         WriteLogDetail("RenameFileAndRegister9x() 新しいファイル名の作成に失敗");
         return ERROR_INTERNAL_ERROR;

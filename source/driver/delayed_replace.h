@@ -6,11 +6,8 @@
 
 namespace pikel {
 
-/// Bytes of a path buffer of this file, NUL included.
-inline constexpr DWORD kDelayedPathSize = 260;
-
 /// The name under which a new file waits: the old one's path with another extension.
-/// @param lpszNewFile [out]  at least kDelayedPathSize bytes; untouched on failure
+/// @param lpszNewFile [out]  at least MAX_PATH bytes; untouched on failure
 /// @return false for a null argument and for a name that doesn't fit
 bool ReplaceExtension(LPCSTR lpszOldFile, LPCSTR lpszExtension, LPSTR lpszNewFile);
 

@@ -3,17 +3,16 @@
 
 #include <algorithm>
 
-#include "driver/delayed_replace.h"
-#include "driver/delete_printer_driver.h"
-#include "spooler/driver_records.h"
-#include "spooler/look_ups.h"
+#include "driver/delete_driver_routines.h"
+#include "driver/delete_file_routines.h"
+#include "driver/delete_language_monitor.h"
 #include "frame/architecture.h"
 #include "frame/log.h"
-#include "frame/os_identity.h"
-#include "frame/os_route.h"
-#include "frame/path.h"
+#include "frame/look_ups.h"
+#include "frame/pikel.h"
 #include "frame/text.h"
 #include "platform/owned.h"
+#include "spooler/driver_records.h"
 
 namespace pikel {
 
@@ -29,22 +28,6 @@ struct DriverFiles {
     std::string strMonitorName;
     std::string strMonitorFile;
 };
-
-void TakeFile(LPSTR lpszFile, StringList& files) {
-    if (!IsEmpty(lpszFile)) {
-        UpperCase(lpszFile);
-        files.Append(std::string(BehindLastBackslash(lpszFile)));
-    }
-}
-
-void TakeFiles(const DRIVER_INFO_3A& driver, StringList& files) {
-    for (LPSTR lpszFile : {driver.pConfigFile, driver.pDataFile, driver.pDriverPath, driver.pHelpFile}) {
-        TakeFile(lpszFile, files);
-    }
-    for (LPCSTR lpszFile : MultiString(driver.pDependentFiles)) {
-        TakeFile(const_cast<LPSTR>(lpszFile), files);  // texts of the block, which is ours
-    }
-}
 
 /// A monitor whose DLL can't be told is passed over.
 void TakeMonitor(const DRIVER_INFO_3A& driver, bool fIsTarget, DriverFiles& found) {
@@ -71,7 +54,7 @@ void TakeDrivers(const DRIVER_INFO_3A* pDrivers, DWORD dwCount, DWORD dwVersion,
             continue;
         }
         const bool fIsTarget = EqualNoCase(TextOrEmpty(pDriver->pName), TextOrEmpty(lpszName));
-        TakeFiles(*pDriver, fIsTarget ? found.deleteFiles : found.otherFiles);
+        TakeDriverFiles(*pDriver, fIsTarget ? &found.deleteFiles : &found.otherFiles);
         TakeMonitor(*pDriver, fIsTarget, found);
     }
     found.deleteFiles.SortUnique();
@@ -106,41 +89,6 @@ void LogFiles(const StringList* pDeleteFiles, const StringList* pOtherFiles, con
 
 // ---- deletion of files ----------------------------------------------------------------------------------------------
 
-using DriverFileRoutine = DWORD (*)(DWORD, LPCSTR, LPCSTR);
-using MonitorFileRoutine = DWORD (*)(LPCSTR);
-
-constexpr OsRouteTable<DriverFileRoutine> kDeleteDriverFile = {
-    &DeleteDriverFile9x,             // Windows 95
-    &DeleteDriverFile9x,             // Windows 98
-    &DeleteDriverFile9x,             // Windows Me
-    &DeleteDriverFileNT,             // NT 4
-    &NoWork<DWORD, LPCSTR, LPCSTR>,  // Windows 2000: from here on the spooler deletes the files
-    &NoWork<DWORD, LPCSTR, LPCSTR>,  // XP generation, x86
-    &NoWork<DWORD, LPCSTR, LPCSTR>,  // XP generation, IA64
-    &NoWork<DWORD, LPCSTR, LPCSTR>,  // XP generation, x64
-    &NoWork<DWORD, LPCSTR, LPCSTR>,  // Vista generation, x86
-    &NoWork<DWORD, LPCSTR, LPCSTR>,  // Vista generation, IA64
-    &NoWork<DWORD, LPCSTR, LPCSTR>,  // Vista generation, x64
-    &NoWork<DWORD, LPCSTR, LPCSTR>,  // anything else
-};
-static_assert(IsComplete(kDeleteDriverFile));
-
-constexpr OsRouteTable<MonitorFileRoutine> kDeleteMonitorFile = {
-    &DeleteMonitorFile9x,  // Windows 95
-    &DeleteMonitorFile9x,  // Windows 98
-    &DeleteMonitorFile9x,  // Windows Me
-    &DeleteMonitorFileNT,  // NT 4
-    &DeleteMonitorFileNT,  // Windows 2000
-    &DeleteMonitorFileNT,  // XP generation, x86
-    &DeleteMonitorFileNT,  // XP generation, IA64
-    &DeleteMonitorFileNT,  // XP generation, x64
-    &DeleteMonitorFileNT,  // Vista generation, x86
-    &DeleteMonitorFileNT,  // Vista generation, IA64
-    &DeleteMonitorFileNT,  // Vista generation, x64
-    &DeleteMonitorFileNT,  // anything else
-};
-static_assert(IsComplete(kDeleteMonitorFile));
-
 bool Holds(const StringList& sorted, const std::string& strFile) {
     return std::binary_search(sorted.begin(), sorted.end(), strFile);
 }
@@ -152,7 +100,7 @@ void DeleteUnusedFiles(DWORD dwVersion, LPCSTR lpszEnvironment, const StringList
         if (Holds(otherFiles, strFile)) {
             WriteLogDetail("DeleteDriverFiles - (%s) is in use", strFile.c_str());
         } else {
-            CallRoute(kDeleteDriverFile, dwVersion, lpszEnvironment, strFile.c_str());
+            DeleteDriverFileByOsRoute(dwVersion, lpszEnvironment, strFile.c_str());
             WriteLogDetail("DeleteDriverFiles - (%s) is deleted", strFile.c_str());
         }
     }
@@ -161,40 +109,12 @@ void DeleteUnusedFiles(DWORD dwVersion, LPCSTR lpszEnvironment, const StringList
 /// A driver without a monitor comes here with an empty name, which no other driver's list holds.
 void DeleteUnusedMonitorFile(const StringList* pOtherMonitorFiles, const std::string* pstrMonitorFile) {
     if (pOtherMonitorFiles != nullptr && pstrMonitorFile != nullptr && !Holds(*pOtherMonitorFiles, *pstrMonitorFile)) {
-        CallRoute(kDeleteMonitorFile, pstrMonitorFile->c_str());
+        DeleteMonitorFileByOsRoute(pstrMonitorFile->c_str());
         WriteLogDetail("DeleteMonitorFile - (%s) is deleted", pstrMonitorFile->c_str());
     } else {
         WriteLogDetail("DeleteMonitorFile - (%s) is in use",
                        pstrMonitorFile != nullptr ? pstrMonitorFile->c_str() : "");
     }
-}
-
-/// Deletes a driver file and logs the outcome.
-void DeleteAndLog(const std::string& strPath) {
-    if (Platform().DeleteFileA(strPath.c_str())) {
-        WriteLogDetail("(%s) is deleted", strPath.c_str());
-    } else {
-        WriteLogDetail("(%s) is not delete(%d)", strPath.c_str(), Platform().GetLastError());
-    }
-}
-
-/// Deletes a monitor's file and logs a failure, which goes no further.
-void DeleteOrLog(const std::string& strPath) {
-    if (!Platform().DeleteFileA(strPath.c_str())) {
-        WriteLogDetail("DeleteFile(%s) - (%d)", strPath.c_str(), Platform().GetLastError());
-    }
-}
-
-/// Deletes a file of the driver directory; one that is held goes at the system's next start.
-DWORD DeleteNowOrAtStart(const std::string& strPath) {
-    if (Platform().DeleteFileA(strPath.c_str())) {
-        return 0;
-    }
-    const DWORD dwCode = Platform().GetLastError();
-    if (dwCode == ERROR_FILE_NOT_FOUND || dwCode == ERROR_PATH_NOT_FOUND) {
-        return 0;
-    }
-    return WriteWininit("NUL", strPath.c_str());
 }
 
 }  // namespace
@@ -238,8 +158,8 @@ DWORD CDeleteDriverFile::DeletePrinterDriver(DWORD dwVersion, LPCSTR lpszName, D
                                  &strMonitorFile, &otherMonitorFiles);
     const LPCSTR lpszMonitorName = strMonitorName.empty() ? nullptr : strMonitorName.c_str();
     if (dwStatus == 0) {
-        dwStatus =
-            DeletePrinterDriverByRoute(lpszServer, dwVersion, lpszName, lpszMonitorName, dwProcessor, dwRestartSpooler);
+        dwStatus = DeletePrinterDriverByOsRoute(lpszServer, dwVersion, lpszName, lpszMonitorName, dwProcessor,
+                                                dwRestartSpooler);
     }
     if (dwStatus == 0) {
         dwStatus = DeleteLanguageMonitor(lpszServer, dwVersion, lpszName, lpszMonitorName, 1);
@@ -270,72 +190,11 @@ DWORD CDeleteDriverFile::DeleteDriverFiles(DWORD dwVersion, LPCSTR lpszEnvironme
 
 LPCSTR EnvironmentOfDeletion(DWORD dwVersion, DWORD dwProcessor) {
     const LPCSTR lpszEnvironment = DriverArchitectureOf(dwVersion, dwProcessor);
-    if (dwVersion == 2 || dwVersion == 3) {
+    if (dwVersion == PIKEL_DRIVER_VERSION_NT4 || dwVersion == PIKEL_DRIVER_VERSION_2000) {
         WriteLog("ProcessorType = %d", dwProcessor);
         WriteLog("Environment = %s", lpszEnvironment);
     }
     return lpszEnvironment;
-}
-
-// ---- routines of the tables -----------------------------------------------------------------------------------------
-
-DWORD DeleteDriverFile9x(DWORD, LPCSTR lpszEnvironment, LPCSTR lpszFile) {
-    if (lpszFile == nullptr) {
-        return ERROR_INVALID_PARAMETER;
-    }
-    WriteLogDetail("DeleteDriverFile9x() - %s Start", lpszFile);
-    std::string strDirectory;
-    const DWORD dwStatus = GetDriverDirectory(lpszEnvironment, strDirectory);
-    if (dwStatus == 0) {
-        DeleteAndLog(strDirectory + "\\" + lpszFile);
-    }
-    WriteLogDetail("DeleteDriverFile9x() End(%d)", dwStatus);
-    return dwStatus;
-}
-
-DWORD DeleteDriverFileNT(DWORD dwVersion, LPCSTR lpszEnvironment, LPCSTR lpszFile) {
-    if (lpszFile == nullptr) {
-        return ERROR_INVALID_PARAMETER;
-    }
-    WriteLogDetail("DeleteDriverFileNT - (%s) Start", lpszFile);
-    std::string strDirectory;
-    const DWORD dwStatus = GetDriverDirectory(lpszEnvironment, strDirectory);
-    if (dwStatus == 0) {
-        DeleteAndLog(strDirectory + "\\" + lpszFile);
-        const std::string strVersion = std::to_string(static_cast<INT>(dwVersion));
-        DeleteAndLog(strDirectory + "\\" + strVersion + "\\" + lpszFile);
-    }
-    WriteLogDetail("DeleteDriverFileNT() End(%d)", dwStatus);
-    return dwStatus;
-}
-
-DWORD DeleteMonitorFile9x(LPCSTR lpszFile) {
-    if (lpszFile == nullptr) {
-        return ERROR_INVALID_PARAMETER;
-    }
-    WriteLogDetail("DeleteMonitorFile9x() - %s Start", lpszFile);
-    std::string strDirectory;
-    DWORD dwStatus = GetDriverDirectory(nullptr, strDirectory);
-    if (dwStatus == 0) {
-        dwStatus = DeleteNowOrAtStart(strDirectory + "\\" + lpszFile);
-    }
-    WriteLogDetail("DeleteMonitorFile9x() End(%d)", dwStatus);
-    return dwStatus;
-}
-
-DWORD DeleteMonitorFileNT(LPCSTR lpszFile) {
-    if (lpszFile == nullptr) {
-        return ERROR_INVALID_PARAMETER;
-    }
-    WriteLogDetail("DeleteMonitorFileNT() - %s Start", lpszFile);
-    DeleteOrLog(GetOsIdentity().systemDirectory + "\\" + lpszFile);
-    std::string strDirectory;
-    const DWORD dwStatus = GetDriverDirectory(nullptr, strDirectory);
-    if (dwStatus == 0) {
-        DeleteOrLog(strDirectory + "\\" + lpszFile);
-    }
-    WriteLogDetail("DeleteMonitorFileNT() End(%d)", dwStatus);
-    return dwStatus;
 }
 
 }  // namespace pikel

@@ -47,10 +47,4 @@ class CDeleteDriverFile {
 /// DriverArchitecture of a driver that goes. For versions 2 and 3 the log tells it with the processor.
 LPCSTR EnvironmentOfDeletion(DWORD dwVersion, DWORD dwProcessor);
 
-// The routines of the tables. All take one file name without a folder and give 87 for a null one.
-DWORD DeleteDriverFile9x(DWORD dwVersion, LPCSTR lpszEnvironment, LPCSTR lpszFile);
-DWORD DeleteDriverFileNT(DWORD dwVersion, LPCSTR lpszEnvironment, LPCSTR lpszFile);
-DWORD DeleteMonitorFile9x(LPCSTR lpszFile);
-DWORD DeleteMonitorFileNT(LPCSTR lpszFile);
-
 }  // namespace pikel

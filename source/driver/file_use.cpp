@@ -7,7 +7,7 @@
 #include <string_view>
 
 #include "spooler/driver_records.h"
-#include "spooler/look_ups.h"
+#include "frame/look_ups.h"
 #include "frame/file_version.h"
 #include "frame/log.h"
 #include "frame/os_identity.h"
@@ -31,7 +31,7 @@ const DRIVER_INFO_3A* FindDriver(const HeapBlock& drivers, DWORD dwCount, LPCSTR
 }
 
 /// True when the first place of a mark in a stem is the stem's end. A stem that has the mark earlier as well passes for
-/// another file: installers' packages are named by that rule, so it stays.
+/// another file, which is probed then: "nt4nt.dll" is, "drvnt.dll" isn't.
 bool EndsAtFirst(const std::string& strStem, std::string_view mark) {
     const std::size_t nPlace = strStem.find(mark);
     return nPlace != std::string::npos && strStem.size() - nPlace == mark.size();
@@ -153,7 +153,8 @@ DWORD CheckUseMonitorFile(LPCSTR lpszPath) {
     if (fInUse) {
         WriteLogDetail("CheckUseMonitorFile End(TRUE)");
     }
-    // A fixed text that says nothing about the outcome; readers of the log know it so.
+    // A fixed text that says nothing about the outcome: a file that is free ends the log with (TRUE) as well, and one
+    // in use has the line twice.
     WriteLogDetail("CheckUseMonitorFile End(TRUE)");
     return fInUse ? 1 : 0;
 }

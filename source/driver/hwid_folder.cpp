@@ -5,10 +5,12 @@
 #include <string>
 
 #include "spooler/driver_records.h"
-#include "spooler/look_ups.h"
+#include "frame/look_ups.h"
+#include "frame/architecture.h"
 #include "frame/log.h"
 #include "frame/os_identity.h"
 #include "frame/path.h"
+#include "frame/pikel.h"
 #include "frame/string_list.h"
 #include "frame/text.h"
 #include "platform/owned.h"
@@ -17,9 +19,7 @@ namespace pikel {
 
 namespace {
 
-constexpr DWORD kVersion2000 = 3;
 constexpr DWORD kShortVersionInfo = 148;  // sizeof(OSVERSIONINFOA), without the service pack's fields
-constexpr std::size_t kPathSize = 260;    // bytes of a path, NUL included
 
 /// Windows XP and Server 2003, by the version numbers themselves.
 bool KeepsHardwareIdFolders() {
@@ -32,23 +32,12 @@ bool KeepsHardwareIdFolders() {
 LPCSTR OwnEnvironment() {
     const DWORD dwClass = GetOsIdentity().cpuClass;
     if ((dwClass & CpuClassX64) != 0) {
-        return "Windows x64";
+        return kEnvironmentX64;
     }
     if ((dwClass & CpuClassIa64) != 0) {
-        return "Windows IA64";
+        return kEnvironmentIa64;
     }
-    return dwClass == CpuClassX86 ? "Windows NT x86" : nullptr;
-}
-
-/// Takes one file of a record into the list when the record is the named driver's.
-void TakeFile(LPSTR lpszFile, bool fIsNamed, StringList& files) {
-    if (IsEmpty(lpszFile)) {
-        return;
-    }
-    UpperCase(lpszFile);
-    if (fIsNamed) {
-        files.Append(std::string(BehindLastBackslash(lpszFile)));
-    }
+    return dwClass == CpuClassX86 ? kEnvironmentX86 : nullptr;
 }
 
 /// Takes the files of all records of a version that bear the driver's name, and the first hardware ID among them.
@@ -65,12 +54,7 @@ void TakeDriver(DRIVER_INFO_6A* pDrivers, DWORD dwCount, DWORD dwVersion, LPCSTR
             }
             strHardwareId = pDriver->pszHardwareID;
         }
-        for (LPSTR lpszFile : {pDriver->pConfigFile, pDriver->pDataFile, pDriver->pDriverPath, pDriver->pHelpFile}) {
-            TakeFile(lpszFile, fIsNamed, files);
-        }
-        for (LPCSTR lpszFile : MultiString(pDriver->pDependentFiles)) {
-            TakeFile(const_cast<LPSTR>(lpszFile), fIsNamed, files);  // texts of the block, which is ours
-        }
+        TakeDriverFiles(*pDriver, fIsNamed ? &files : nullptr);
     }
 }
 
@@ -116,7 +100,7 @@ DWORD CopyFiles(const std::string& strSource, const std::string& strFolder, cons
     for (const std::string& strFile : files) {
         const std::string strFrom = strSource + "\\" + strFile;
         const std::string strTo = strFolder + "\\" + strFile;
-        if (strFrom.size() >= kPathSize || strTo.size() >= kPathSize) {
+        if (strFrom.size() >= MAX_PATH || strTo.size() >= MAX_PATH) {
             continue;  // no path of Windows, so a copy that fails like any other
         }
         if (!Platform().CopyFileA(strFrom.c_str(), strTo.c_str(), FALSE) &&
@@ -135,7 +119,7 @@ DWORD CopyDriverFilesToHWIDFolder(LPCSTR lpszDriverName) {
     const LPCSTR lpszEnvironment = OwnEnvironment();
     StringList files;
     std::string strHardwareId;
-    GetHWIDFileList(kVersion2000, lpszEnvironment, lpszDriverName, files, strHardwareId);
+    GetHWIDFileList(PIKEL_DRIVER_VERSION_2000, lpszEnvironment, lpszDriverName, files, strHardwareId);
     if (strHardwareId.empty()) {
         return 0;
     }

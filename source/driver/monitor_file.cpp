@@ -6,6 +6,7 @@
 
 #include "driver/delayed_replace.h"
 #include "driver/file_use.h"
+#include "driver/spooler_service.h"
 #include "frame/log.h"
 #include "frame/os_route.h"
 #include "frame/path.h"
@@ -16,20 +17,19 @@ namespace pikel {
 
 namespace {
 
-constexpr UINT kPathSize = 260;              // bytes of a path, NUL included
 constexpr int kMostAttempts = 100;           // of a copy over a file that is held
 constexpr DWORD kWaitBetweenAttempts = 100;  // milliseconds
 
 /// @param strDirectory [out]  with a backslash; empty on failure
 /// @return 0 or a code: without the directory a file would land wherever the program happens to stand
 DWORD ReadSystemDirectory(std::string& strDirectory) {
-    char szDirectory[kPathSize] = {};
-    const UINT nLength = Platform().GetSystemDirectoryA(szDirectory, kPathSize);
+    char szDirectory[MAX_PATH] = {};
+    const UINT nLength = Platform().GetSystemDirectoryA(szDirectory, MAX_PATH);
     if (nLength == 0) {
         const DWORD dwCode = Platform().GetLastError();
         return dwCode != 0 ? dwCode : static_cast<DWORD>(ERROR_INTERNAL_ERROR);
     }
-    if (nLength >= kPathSize) {
+    if (nLength >= MAX_PATH) {
         return ERROR_FILENAME_EXCED_RANGE;
     }
     strDirectory = WithBackslash(szDirectory);
@@ -41,7 +41,7 @@ struct CopyPaths {
     std::string strSource;
     std::string strTarget;
 
-    bool Fit() const { return strSource.size() < kPathSize && strTarget.size() < kPathSize; }
+    bool Fit() const { return strSource.size() < MAX_PATH && strTarget.size() < MAX_PATH; }
 };
 
 CopyPaths MakePaths(LPCSTR lpszFilePath, const std::string& strSystemDirectory, const std::string& strItem) {
@@ -158,15 +158,7 @@ class StoppedSpooler {
         if (!m_fStopped) {
             return;
         }
-        DWORD dwCode = OpenServiceHandles(m_handles, kSpooler, kManagerAccess, kServiceAccess);
-        if (dwCode != 0) {
-            WriteLog("Service(%s).Open Error(%d)", kSpooler, dwCode);
-            return;
-        }
-        dwCode = Win32StartService(m_handles);
-        if (dwCode != 0) {
-            WriteLog("Service(%s).Start Error(%d)", kSpooler, dwCode);
-        }
+        WithSpoolerService(m_handles, &Win32StartService, kServiceStartFailure);
     }
 
   private:

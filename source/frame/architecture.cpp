@@ -1,18 +1,20 @@
 // The spellings of a driver's target system.
 #include "frame/architecture.h"
 
+#include "frame/pikel.h"
+
 namespace pikel {
 
 LPCSTR DriverArchitectureOf(DWORD dwArchitecture) {
     switch (dwArchitecture) {
-        case 1:
+        case PIKEL_ARCHITECTURE_WINDOWS_9X:
             return kEnvironment9x;
-        case 2:
-        case 3:
+        case PIKEL_ARCHITECTURE_NT4_X86:
+        case PIKEL_ARCHITECTURE_NT_X86:
             return kEnvironmentX86;
-        case 4:
+        case PIKEL_ARCHITECTURE_IA64:
             return kEnvironmentIa64;
-        case 5:
+        case PIKEL_ARCHITECTURE_X64:
             return kEnvironmentX64;
         default:
             return nullptr;
@@ -20,14 +22,14 @@ LPCSTR DriverArchitectureOf(DWORD dwArchitecture) {
 }
 
 LPCSTR DriverArchitectureOf(DWORD dwDriverVersion, DWORD dwProcessor) {
-    if (dwDriverVersion == 0) {
+    if (dwDriverVersion == PIKEL_DRIVER_VERSION_9X) {
         return kEnvironment9x;
     }
-    if (dwDriverVersion == 2 || dwDriverVersion == 3) {
-        if (dwProcessor == 1) {
+    if (dwDriverVersion == PIKEL_DRIVER_VERSION_NT4 || dwDriverVersion == PIKEL_DRIVER_VERSION_2000) {
+        if (dwProcessor == PIKEL_PROCESSOR_IA64) {
             return kEnvironmentIa64;
         }
-        if (dwProcessor == 2) {
+        if (dwProcessor == PIKEL_PROCESSOR_X64) {
             return kEnvironmentX64;
         }
     }

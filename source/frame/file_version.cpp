@@ -1,14 +1,12 @@
 // Versions of driver files: the version resource's text, cut to two numbers.
 #include "frame/file_version.h"
 
-#include <algorithm>
 #include <cstdio>
-#include <cstdlib>
-#include <limits>
 #include <string>
 #include <string_view>
 
 #include "frame/log.h"
+#include "frame/number.h"
 #include "frame/string_list.h"
 #include "frame/text.h"
 #include "platform/owned.h"
@@ -84,13 +82,6 @@ DWORD GetFileVersionHelper(LPCSTR lpszFilePath, LPSTR lpszText, DWORD dwSize, LP
     return dwStatus;
 }
 
-/// The number at the start of a text, 0 without digits; kept within the range of an INT.
-INT NumberOf(const std::string& strText) {
-    const long long nValue = std::strtoll(strText.c_str(), nullptr, 10);
-    return static_cast<INT>(
-        std::clamp<long long>(nValue, std::numeric_limits<INT>::min(), std::numeric_limits<INT>::max()));
-}
-
 struct TwoNumbers {
     INT nMajor = 0;
     INT nMinor = 0;
@@ -103,10 +94,10 @@ TwoNumbers SplitVersion(LPCSTR lpszText) {
     const StringList parts(lpszText, '.');
     TwoNumbers numbers;
     if (parts.size() > 0) {
-        numbers.nMajor = NumberOf(parts[0]);
+        numbers.nMajor = ParseNumberClamped(parts[0].c_str());
     }
     if (parts.size() > 1) {
-        numbers.nMinor = NumberOf(parts[1]);
+        numbers.nMinor = ParseNumberClamped(parts[1].c_str());
     }
     return numbers;
 }

@@ -7,6 +7,7 @@
 
 #include "frame/os_identity.h"
 #include "frame/path.h"
+#include "frame/text.h"
 #include "platform/owned.h"
 
 namespace pikel {
@@ -171,9 +172,7 @@ std::string ReadIniText(const std::string& strIni, LPCSTR lpszSection, LPCSTR lp
 }
 
 bool IsSwitchedOn(const std::string& strIni, const std::string& strSection, LPCSTR lpszKey) {
-    const std::string strValue = ReadIniText(strIni, strSection.c_str(), lpszKey);
-    return strValue.size() == 2 && (strValue[0] == 'O' || strValue[0] == 'o') &&
-           (strValue[1] == 'N' || strValue[1] == 'n');
+    return EqualAsciiNoCase(ReadIniText(strIni, strSection.c_str(), lpszKey), "ON");
 }
 
 bool FileExists(const std::string& strPath) {

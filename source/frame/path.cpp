@@ -7,8 +7,7 @@ namespace pikel {
 
 namespace {
 
-constexpr int kWidePathSize = 520;    // wide characters, NUL included
-constexpr int kNarrowPathSize = 260;  // bytes, NUL included
+constexpr int kWidePathSize = 520;  // wide characters, NUL included
 
 /// Bytes of the character that begins at a position: 2 behind a lead byte, else 1. Lead bytes lie above ASCII in every
 /// code page, so that the system is asked for the others alone.
@@ -91,9 +90,9 @@ void EnsurePathExists(LPCSTR lpszPath) {
         if (wszPath[n] != static_cast<WCHAR>('\\')) {
             continue;
         }
-        char szPrefix[kNarrowPathSize] = {};
-        const int nBytes = Platform().WideCharToMultiByte(uCodePage, 0, wszPath, n + 1, szPrefix, kNarrowPathSize - 1,
-                                                          nullptr, nullptr);
+        char szPrefix[MAX_PATH] = {};
+        const int nBytes =
+            Platform().WideCharToMultiByte(uCodePage, 0, wszPath, n + 1, szPrefix, MAX_PATH - 1, nullptr, nullptr);
         if (nBytes > 0 && !Platform().PathFileExistsA(szPrefix)) {
             Platform().CreateDirectoryA(szPrefix, nullptr);
         }

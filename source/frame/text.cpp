@@ -1,9 +1,15 @@
 // Small text helpers of the active code page.
 #include "frame/text.h"
 
-#include <cstring>
+#include <algorithm>
 
 namespace pikel {
+
+bool EqualAsciiNoCase(std::string_view left, std::string_view right) {
+    const auto fold = [](char ch) { return ch >= 'A' && ch <= 'Z' ? static_cast<char>(ch - 'A' + 'a') : ch; };
+    return std::equal(left.begin(), left.end(), right.begin(), right.end(),
+                      [fold](char chLeft, char chRight) { return fold(chLeft) == fold(chRight); });
+}
 
 bool CopyIfFits(std::string_view text, LPSTR lpszBuffer, DWORD dwSize) {
     if (lpszBuffer == nullptr || text.size() >= dwSize) {

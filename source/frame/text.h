@@ -23,6 +23,9 @@ inline bool EqualNoCase(LPCSTR lpszLeft, LPCSTR lpszRight) {
     return Platform().lstrcmpiA(lpszLeft, lpszRight) == 0;
 }
 
+/// Equal but for the case of ASCII letters, on every system and in every locale.
+bool EqualAsciiNoCase(std::string_view left, std::string_view right);
+
 /// Walks a multi-string: texts that each end in a NUL, up to an empty one. Null walks nothing.
 ///
 ///     for (LPCSTR lpszName : MultiString(pDependentFiles)) ...

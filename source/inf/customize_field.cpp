@@ -5,7 +5,7 @@
 #include <cstring>
 #include <string>
 
-#include "inf/text_stream.h"
+#include "frame/text_stream.h"
 #include "frame/log.h"
 
 namespace pikel {
@@ -66,7 +66,7 @@ void ReadHeader(TextStream& stream, CInfCustomizeField& field) {
         // Only once the marker was seen; it may stand on the same line.
         LPCSTR lpszCode = field.m_bCustomized == 0 ? nullptr : FindBehind(lpszLine, kCode);
         if (lpszCode != nullptr) {
-            // A shorter code keeps the line end behind it: callers expect it so.
+            // A shorter code keeps the line end behind it, up to those 8 characters, and the caller gets it with it.
             CopyBounded(field.m_szCode, lpszCode, kMaxCode);
             ReadComment(stream, field.m_szComment);
             return;

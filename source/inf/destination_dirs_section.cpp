@@ -6,6 +6,8 @@
 #include "inf/inf_access.h"
 #include "inf/section_walk.h"
 #include "frame/log.h"
+#include "frame/number.h"
+#include "frame/look_ups.h"
 #include "frame/os_identity.h"
 #include "frame/os_route.h"
 #include "frame/string_list.h"
@@ -18,20 +20,6 @@ namespace {
 constexpr char kDestinationDirs[] = "DestinationDirs";
 /// Bytes of the buffer that a directory is asked for with.
 constexpr DWORD kDirectoryBufferSize = 4096;
-
-/// The spooler's driver directory.
-/// @param strDirectory [out]  untouched on failure
-DWORD ReadPrinterDriverDirectory(LPCSTR lpszEnvironment, std::string& strDirectory) {
-    char szDirectory[kDirectoryBufferSize] = {};
-    DWORD dwNeeded = 0;
-    if (!Platform().GetPrinterDriverDirectoryA(nullptr, const_cast<LPSTR>(lpszEnvironment), 1,
-                                               reinterpret_cast<LPBYTE>(szDirectory), sizeof szDirectory, &dwNeeded)) {
-        return Platform().GetLastError();
-    }
-    szDirectory[sizeof szDirectory - 1] = '\0';
-    strDirectory = szDirectory;
-    return ERROR_SUCCESS;
-}
 
 /// The directory of the colour profiles. Systems without colour management lack the library.
 /// @param strDirectory [out]  untouched on failure
@@ -161,20 +149,20 @@ DWORD GetDirectoryFromDirIDNT(DWORD dwDirID, LPCSTR lpszEnvironment, std::string
             break;
         case DirIDSystem:  // a printer driver's own files: on this family they lie with the spooler
         case DirIDPrinterDriver:
-            dwStatus = ReadPrinterDriverDirectory(lpszEnvironment, strDirectory);
+            dwStatus = GetDriverDirectory(lpszEnvironment, strDirectory);
             break;
         case DirIDColor:
             // Of a 9x driver kept for clients, in the spooler's folder for version 0; not the system's own.
-            dwStatus = ReadPrinterDriverDirectory(lpszEnvironment, strDirectory);
+            dwStatus = GetDriverDirectory(lpszEnvironment, strDirectory);
             if (dwStatus == ERROR_SUCCESS) {
                 strDirectory += "\\0\\";
                 strDirectory += "Color";
             }
             break;
-        case DirIDSpoolerSystem:
+        case DirIDNtSystem:
             strDirectory = GetOsIdentity().systemDirectory;
             break;
-        case DirIDSpoolerColor:
+        case DirIDNtColor:
             dwStatus = ReadColorDirectory(strDirectory);
             break;
         default:

@@ -13,9 +13,9 @@ enum DirID : DWORD {
     DirIDWindows = 10,
     DirIDSystem = 11,
     DirIDColor = 23,
-    DirIDPrinterDriver = 66000,
-    DirIDSpoolerSystem = 66002,
-    DirIDSpoolerColor = 66003,
+    DirIDPrinterDriver = 66000,  ///< from here on of the NT family alone
+    DirIDNtSystem = 66002,       ///< the system directory, for which 11 doesn't stand on that family
+    DirIDNtColor = 66003,        ///< the system's colour directory, for which 23 doesn't stand there
 };
 
 class CInfDestinationDirsSection {

@@ -5,6 +5,7 @@
 
 #include "inf/section_walk.h"
 #include "frame/log.h"
+#include "frame/number.h"
 
 namespace pikel {
 
@@ -55,7 +56,7 @@ LONGLONG PackHalf(WORD wHigh, WORD wLow) {
 void ParseVersion(const std::string& strVersion, DWORDLONG& qwDriverVer) {
     const NumberWords words = ParseWords(strVersion, '.');
     // Both halves are widened with their sign and added, so a third part of 0x8000 or more lowers the high half by one.
-    // Versions packed in this way are compared with each other and lie in the spooler: it must stay.
+    // The driver is registered with that number, which the spooler then tells as its version.
     const LONGLONG llHigh = PackHalf(words[0], words[1]);
     const LONGLONG llLow = PackHalf(words[2], words[3]);
     qwDriverVer = (static_cast<DWORDLONG>(llHigh) << 32) + static_cast<DWORDLONG>(llLow);

@@ -8,6 +8,7 @@
 #include "inf/inf_access.h"
 #include "inf/section_walk.h"
 #include "frame/log.h"
+#include "frame/number.h"
 #include "frame/string_list.h"
 
 namespace pikel {
@@ -149,7 +150,7 @@ DWORD CInfInstallSection::GetTimeout(HINF hInf, LPCSTR lpszSection, DWORD& dwRet
         dwRetry = TimeoutOf(strValue, kDefaultRetrySeconds);
     } else {
         // An absent key leaves the retry timeout at 0, unlike a value of 0; the default goes to the other timeout,
-        // whose own step below always replaces it. Installed drivers carry the 0: it is meant to stay.
+        // whose own step below always replaces it, so that the retry timeout of the section reads as 0.
         dwNotSelected = kDefaultRetrySeconds * kMillisecondsPerSecond;
         WriteLog("RetryTimeout key is not exist");
     }

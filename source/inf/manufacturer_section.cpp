@@ -4,6 +4,7 @@
 #include "inf/inf_access.h"
 #include "inf/section_walk.h"
 #include "frame/log.h"
+#include "frame/number.h"
 
 namespace pikel {
 
@@ -80,7 +81,7 @@ class BestDecoration {
 
     void ConsiderVersioned(const std::string& strDecoration, std::size_t dot) {
         // The architecture is told and not compared with anything: of two decorations with one version the later field
-        // wins on every processor. Installers count on that.
+        // wins on every processor.
         const std::string strArchitecture = strDecoration.substr(0, dot);
         WriteLog("\tstrArchitecture = %s", strArchitecture.c_str());
         const DWORD dwVer = ParseDecorationVersion(strDecoration.substr(dot + 1));

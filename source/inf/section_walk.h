@@ -1,7 +1,5 @@
-// What the section classes share: the walk over a section's lines, numbers in INF text, and the form of their log.
+// What the section classes share: the walk over a section's lines, and the form of their log.
 #pragma once
-
-#include <string>
 
 #include "frame/log.h"
 #include "platform/platform.h"
@@ -32,13 +30,6 @@ DWORD WalkLines(HINF hInf, LPCSTR lpszSection, Visit visit) {
         return Platform().GetLastError();
     }
     return WalkLinesFrom(context, visit);
-}
-
-/// The number at the start of a text, as atoi reads it: blanks, a sign, digits; 0 where there are none. A number that
-/// is too large keeps its low 32 bits, on every system.
-INT ParseNumber(LPCSTR lpszText);
-inline INT ParseNumber(const std::string& strText) {
-    return ParseNumber(strText.c_str());
 }
 
 /// Writes a value to the log between two banner lines, with an empty line behind.

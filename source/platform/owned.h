@@ -113,6 +113,38 @@ struct LocalBlock {
     static Value Empty() { return nullptr; }
     static void Close(Value value) { Platform().LocalFree(value); }
 };
+struct GlobalBlock {
+    using Value = HGLOBAL;
+    static Value Empty() { return nullptr; }
+    static void Close(Value value) { Platform().GlobalFree(value); }
+};
+struct Token {
+    using Value = HANDLE;
+    static Value Empty() { return nullptr; }
+    static void Close(Value value) { Platform().CloseHandle(value); }
+};
+struct Sid {
+    using Value = PSID;
+    static Value Empty() { return nullptr; }
+    static void Close(Value value) { Platform().FreeSid(value); }
+};
+struct NetworkEnumeration {
+    using Value = HANDLE;
+    static Value Empty() { return nullptr; }
+    static void Close(Value value) { Platform().WNetCloseEnum(value); }
+};
+/// COM on the calling thread, set up or not.
+struct ThreadCom {
+    using Value = bool;
+    static Value Empty() { return false; }
+    static void Close(Value) { Platform().CoUninitialize(); }
+};
+template <class Interface>
+struct ComObject {
+    using Value = Interface*;
+    static Value Empty() { return nullptr; }
+    static void Close(Value value) { value->Release(); }
+};
 struct Bstr {
     using Value = BSTR;
     static Value Empty() { return nullptr; }
@@ -133,7 +165,14 @@ using ServiceHandle = Owned<closer::Service>;
 using LoadedModule = Owned<closer::Library>;
 using HeapBlock = Owned<closer::HeapBlock>;
 using LocalBlock = Owned<closer::LocalBlock>;
+using GlobalBlock = Owned<closer::GlobalBlock>;
 using OwnedBstr = Owned<closer::Bstr>;
+using TokenHandle = Owned<closer::Token>;
+using OwnedSid = Owned<closer::Sid>;
+using NetworkEnumeration = Owned<closer::NetworkEnumeration>;
+using ThreadCom = Owned<closer::ThreadCom>;
+template <class Interface>
+using ComPointer = Owned<closer::ComObject<Interface>>;
 
 /// Allocates a zeroed block of the process heap.
 /// @param size  bytes; 0 gives a block all the same

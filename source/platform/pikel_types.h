@@ -3,7 +3,7 @@
  *
  * Every structure has the layout that the Windows headers publish for a 64-bit process: 32-bit LONG and DWORD,
  * 16-bit WCHAR, natural alignment. On Windows this file is not used: pikel.h includes the system's own headers there.
- * Usable from C99 and C++.
+ * Usable from C89 and C++98 on, with a <stdint.h>.
  */
 #ifndef PIKEL_TYPES_H
 #define PIKEL_TYPES_H
@@ -41,7 +41,8 @@ typedef uintptr_t UINT_PTR;
 typedef intptr_t LONG_PTR;
 typedef uintptr_t ULONG_PTR;
 typedef uintptr_t DWORD_PTR;
-#ifdef __cplusplus
+/* Of the type of u"" texts where the language has them. */
+#if defined(__cplusplus) && __cplusplus >= 201103L
 typedef char16_t WCHAR;
 #else
 typedef uint16_t WCHAR;

@@ -8,7 +8,7 @@
 #include "frame/os_identity.h"
 #include "frame/os_route.h"
 #include "printer/effective_dev_mode.h"
-#include "printer/printer_connection.h"
+#include "spooler/printer_connection.h"
 #include "printer/printer_pnp_data.h"
 #include "spooler/spooler_read.h"
 
@@ -228,7 +228,7 @@ DWORD DoAddPrinter(PrinterRecord* pRecord, const AddPrinterOptions* pOptions) {
         dwCode = AddLocalPrinter(pRecord, pOptions);
     }
     if (attempt.bCancelled) {
-        devMode.LeaveNull();  // installers have come to find the pointer null after a cancellation: it stays so
+        devMode.LeaveNull();  // the caller finds a null pDevMode after a cancellation, and no line of a recovery
     } else {
         devMode.Recover();
     }

@@ -192,12 +192,8 @@ DWORD SetDefaultFlag(LPCSTR lpszPrinterName, PrinterHandle& hPrinter) {
 }
 
 /// The printer's level 2 data, with a name in it.
-DWORD ReadLevel2(LPCSTR lpszPrinterName, HeapBlock& block) {
-    PrinterHandle hPrinter;
-    DWORD dwCode = OpenPrinterPlainly(lpszPrinterName, hPrinter);
-    if (dwCode == ERROR_SUCCESS) {
-        dwCode = GetPrinterInfo(hPrinter.Get(), 2, block);
-    }
+DWORD ReadLevel2WithName(LPCSTR lpszPrinterName, HeapBlock& block) {
+    const DWORD dwCode = ReadPrinterLevel(lpszPrinterName, 2, block);
     if (dwCode != ERROR_SUCCESS) {
         return dwCode;
     }
@@ -242,7 +238,7 @@ DWORD SetProfileDevice(LPCSTR lpszPrinterName, HeapBlock& level2, RegistryKey& k
     if (lpszPrinterName == nullptr) {
         return ERROR_INVALID_PARAMETER;
     }
-    DWORD dwCode = ReadLevel2(lpszPrinterName, level2);
+    DWORD dwCode = ReadLevel2WithName(lpszPrinterName, level2);
     if (dwCode != ERROR_SUCCESS) {
         return dwCode;
     }

@@ -4,7 +4,7 @@
 #include "colour/color_profile_removal.h"
 #include "frame/log.h"
 #include "frame/os_route.h"
-#include "printer/printer_connection.h"
+#include "spooler/printer_connection.h"
 #include "printer/share_registry.h"
 #include "spooler/spooler_read.h"
 

@@ -5,6 +5,7 @@
 #include "frame/log.h"
 #include "frame/os_identity.h"
 #include "printer/default_printer.h"
+#include "spooler/printer_connection.h"
 #include "spooler/printer_record.h"
 #include "printer/share_registry.h"
 #include "spooler/spooler_read.h"
@@ -23,15 +24,8 @@ struct PrinterExtraInfo {
     HeapBlock Level8;
 };
 
-/// Opens a printer, reads one level, and closes it.
-DWORD ReadLevel(LPCSTR lpszPrinterName, DWORD dwLevel, HeapBlock& block) {
-    PrinterHandle hPrinter;
-    const DWORD dwCode = OpenPrinterPlainly(lpszPrinterName, hPrinter);
-    return dwCode != ERROR_SUCCESS ? dwCode : GetPrinterInfo(hPrinter.Get(), dwLevel, block);
-}
-
 DWORD CollectShareAndTimeouts(PrinterExtraInfo& extra, LPCSTR lpszPrinterName, LPCSTR lpszShareName) {
-    const DWORD dwCode = ReadLevel(lpszPrinterName, 5, extra.Level5);
+    const DWORD dwCode = ReadPrinterLevel(lpszPrinterName, 5, extra.Level5);
     if (dwCode == ERROR_SUCCESS && lpszShareName != nullptr) {
         // A printer that isn't shared has no share to be read.
         GetSharePrinter9x(lpszShareName, &extra.Share);
@@ -59,7 +53,7 @@ DWORD CollectSecurity(PrinterExtraInfo& extra, LPCSTR lpszPrinterName) {
         ReadPublishAction(lpszPrinterName, extra.PublishAction);
     }
     if (HasOsClass(OsClassWindows2000 | OsClassXp | OsClassVista)) {
-        ReadLevel(lpszPrinterName, 8, extra.Level8);
+        ReadPrinterLevel(lpszPrinterName, 8, extra.Level8);
     }
     return dwCode;
 }
@@ -112,7 +106,7 @@ DWORD ReadWhole(LPCSTR lpszPrinterName, const PRINTER_INFO_2A& info, PrinterReco
 
 DWORD ReadRecord(LPCSTR lpszPrinterName, PrinterRecord** ppRecord) {
     HeapBlock level2;
-    const DWORD dwCode = ReadLevel(lpszPrinterName, 2, level2);
+    const DWORD dwCode = ReadPrinterLevel(lpszPrinterName, 2, level2);
     if (dwCode != ERROR_SUCCESS) {
         return dwCode;
     }

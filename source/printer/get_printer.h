@@ -13,12 +13,4 @@ namespace pikel {
 /// @return 0; 87 for a null argument; 8 without memory; else the code of the read that failed
 DWORD DoGetPrinter(LPCSTR lpszPrinterName, PrinterRecord** ppRecord);
 
-/// A record or a printer's level 2 data is that of a connection to a shared printer when its name begins with a
-/// backslash and it names a server.
-template <class Info>
-bool IsConnectionRecord(const Info& info) {
-    return info.pPrinterName != nullptr && info.pPrinterName[0] == '\\' && info.pServerName != nullptr &&
-           info.pServerName[0] != '\0';
-}
-
 }  // namespace pikel

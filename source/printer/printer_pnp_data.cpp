@@ -65,7 +65,7 @@ DWORD AddRegistryData(LPCSTR lpszPrinterName) {
     const auto& info = *static_cast<const DRIVER_INFO_6A*>(block.Get());
     RecordText(lpszPrinterName, "HardwareID", info.pszHardwareID, "HardwareID");
     RecordText(lpszPrinterName, "Manufacturer", info.pszMfgName, "Manufacturer");
-    // A failure of the URL has always been logged under the maker's name; whoever reads logs knows it so.
+    // A failure of the URL is logged under the maker's name: the log then has that name twice, and no "OEM URL".
     RecordText(lpszPrinterName, "OEM URL", info.pszOEMUrl, "Manufacturer");
     return ERROR_SUCCESS;
 }

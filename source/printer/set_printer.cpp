@@ -4,7 +4,7 @@
 #include "frame/log.h"
 #include "frame/os_identity.h"
 #include "printer/effective_dev_mode.h"
-#include "printer/get_printer.h"
+#include "spooler/printer_connection.h"
 #include "spooler/printer_values.h"
 #include "printer/share_registry.h"
 #include "spooler/spooler_read.h"
@@ -22,7 +22,7 @@ DWORD SetPrinterInfo(HANDLE hPrinter, DWORD dwLevel, Info& info) {
 }
 
 /// The record's DEVMODE, or null while the switch isn't 1. Adding a printer tests the same switch against 0, so that
-/// the two differ at other values; installers set them apart in this way.
+/// at other values an added printer gets its DEVMODE and a changed one doesn't.
 LPDEVMODEA EffectiveDevMode(LPDEVMODEA pDevMode, LPCSTR lpszStructure) {
     if (EffectiveDevModeSwitch() == 1) {
         WriteLog("Set Parameter DevMode(%s)!!!", lpszStructure);

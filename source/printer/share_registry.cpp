@@ -151,7 +151,8 @@ void SetNumber(HKEY hKey, LPCSTR lpszName, DWORD dwNumber) {
     Platform().RegSetValueExA(hKey, lpszName, 0, REG_DWORD, reinterpret_cast<const BYTE*>(&dwNumber), sizeof dwNumber);
 }
 
-void SetText(HKEY hKey, LPCSTR lpszName, std::string_view text) {
+/// Writes a text with its NUL.
+void SetTerminatedText(HKEY hKey, LPCSTR lpszName, std::string_view text) {
     Platform().RegSetValueExA(hKey, lpszName, 0, REG_SZ, reinterpret_cast<const BYTE*>(text.data()),
                               static_cast<DWORD>(text.size() + 1));
 }
@@ -172,8 +173,8 @@ DWORD WriteShareKey(const PrinterShareRecord& share) {
     }
     SetNumber(key.Get(), "Flags", share.Flags);
     SetNumber(key.Get(), "Type", share.ShareType);
-    SetText(key.Get(), "Path", share.Path);
-    SetText(key.Get(), "Remark", share.Remark);
+    SetTerminatedText(key.Get(), "Path", share.Path);
+    SetTerminatedText(key.Get(), "Remark", share.Remark);
     SetEmpty(key.Get(), "Parm1enc");
     SetEmpty(key.Get(), "Parm2enc");
     return ERROR_SUCCESS;
@@ -199,8 +200,8 @@ DWORD GetSharePrinter9x(LPCSTR lpszShareName, PrinterShareRecord* pShare) {
         return getInfo.Status();
     }
     DWORD dwCode = ERROR_SUCCESS;
-    // Without memory for the first block the answer is 0 with an untouched record: callers have come to rely on a read
-    // that succeeds.
+    // Without memory for the first block the answer is 0 with an untouched record: a printer is still read then, with
+    // an empty share, where a code would end the whole read.
     if (HeapBlock block = AllocateHeap(kShareBlockSize)) {
         dwCode = ReadShareInfo(getInfo.Call(), lpszShareName, std::move(block), *pShare);
     }
@@ -268,7 +269,7 @@ DWORD DeleteSharePrinter9x(LPCSTR lpszShareName, LPCSTR lpszPrinterName) {
             WriteLog("DeleteSharePrinter9x()-DeleteSubKey(%s):%d", strPath.c_str(), static_cast<DWORD>(lCode));
         }
         NotifyShell(lpszPrinterName, SHCNE_NETUNSHARE);
-        // Has always been here and does nothing to a root that the system itself holds open.
+        // Nothing is opened that this would close, and the system keeps its roots: the call alone is seen, in a trace.
         Platform().RegCloseKey(HKEY_LOCAL_MACHINE);
     }
     del.Free();

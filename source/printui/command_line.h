@@ -6,7 +6,7 @@
 namespace pikel {
 
 inline constexpr DWORD kCommandLineSize = 2048;  ///< bytes, NUL included
-inline constexpr DWORD kVersionTextSize = 260;   ///< likewise, of the part that names system and version
+inline constexpr DWORD kVersionPartSize = 260;   ///< likewise, of the part that names system and version
 
 /// Fills a buffer, printf style.
 /// @return 0; 8 for a text that doesn't fit with its NUL, whose front part is in the buffer then
@@ -28,8 +28,8 @@ bool IsVistaGeneration();
 
 // Codes that a command which went well leaves behind, and that two operations take for success: 122
 // (ERROR_INSUFFICIENT_BUFFER), 203 (ERROR_ENVVAR_NOT_FOUND) and 1008 (ERROR_NO_TOKEN). They are bit masks, not
-// comparisons: every code with all bits of a mask passes, 0xFB as well as 0xCB, and installers in the field have come
-// to rest on that.
+// comparisons: every code with all bits of a mask passes, 0xFB as well as 0xCB. A comparison would report such a
+// command as failed.
 inline constexpr DWORD kByteMask = 0xFF;
 inline constexpr DWORD kInsufficientBufferMask = 0x7A;
 inline constexpr DWORD kEnvironmentNotFoundMask = 0xCB;

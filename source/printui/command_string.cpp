@@ -17,14 +17,6 @@ constexpr WCHAR kBackslash = '\\';
 constexpr WCHAR kAtSign = '@';
 constexpr WCHAR kQuote = '"';
 
-namespace closer {
-struct GlobalBlock {
-    using Value = HGLOBAL;
-    static Value Empty() { return nullptr; }
-    static void Close(Value value) { Platform().GlobalFree(value); }
-};
-}  // namespace closer
-
 /// One of the two wide texts of a conversion: kBlockLength characters, zeroed.
 class WideBlock {
   public:
@@ -39,7 +31,7 @@ class WideBlock {
     }
 
   private:
-    Owned<closer::GlobalBlock> m_block;
+    GlobalBlock m_block;
 };
 
 /// Copies a text and puts a backslash ahead of characters. What doesn't fit is left out.

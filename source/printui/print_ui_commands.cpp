@@ -7,13 +7,13 @@
 #include "frame/architecture.h"
 #include "frame/log.h"
 #include "frame/os_identity.h"
+#include "frame/pikel.h"
 #include "printui/command_line.h"
+#include "spooler/driver_records.h"
 
 namespace pikel {
 
 namespace {
-
-constexpr DWORD kVersion9x = 0x400;  // another spelling of 0
 
 /// How a driver's version is named from the XP generation on.
 struct NamedVersion {
@@ -23,18 +23,18 @@ struct NamedVersion {
 
 NamedVersion NameVersion(DWORD dwVersion, DWORD dwProcessor) {
     switch (dwVersion) {
-        case 0:
-        case kVersion9x:
+        case PIKEL_DRIVER_VERSION_9X:
+        case kSpoolerVersion9x:
             return {kEnvironment9x, 0};
-        case 2:
+        case PIKEL_DRIVER_VERSION_NT4:
             return {kEnvironmentX86, 2};
-        case 3:
+        case PIKEL_DRIVER_VERSION_2000:
             switch (dwProcessor) {
-                case 0:
+                case PIKEL_PROCESSOR_X86:
                     return {kEnvironmentX86, 3};
-                case 1:
+                case PIKEL_PROCESSOR_IA64:
                     return {kEnvironmentIa64, 3};
-                case 2:
+                case PIKEL_PROCESSOR_X64:
                     return {kEnvironmentX64, 3};
                 default:
                     return {};
@@ -47,12 +47,12 @@ NamedVersion NameVersion(DWORD dwVersion, DWORD dwProcessor) {
 /// Text of the Print UI of Windows 2000 that names a version. The id 0 names none, and its look-up fails.
 DWORD VersionTextId(DWORD dwVersion) {
     switch (dwVersion) {
-        case 0:
-        case kVersion9x:
+        case PIKEL_DRIVER_VERSION_9X:
+        case kSpoolerVersion9x:
             return 16050;
-        case 2:
+        case PIKEL_DRIVER_VERSION_NT4:
             return 16055;
-        case 3:
+        case PIKEL_DRIVER_VERSION_2000:
             return 16056;
         default:
             return 0;
@@ -60,7 +60,7 @@ DWORD VersionTextId(DWORD dwVersion) {
 }
 
 DWORD MakeVersionString2k(DWORD dwVersion, LPSTR lpszBuffer, DWORD dwSize) {
-    char szVersion[kVersionTextSize] = {};
+    char szVersion[kVersionPartSize] = {};
     const DWORD dwCode = DoGetResourceStrFromPrintUI(VersionTextId(dwVersion), szVersion, sizeof szVersion);
     if (lpszBuffer == nullptr) {
         return ERROR_INVALID_PARAMETER;

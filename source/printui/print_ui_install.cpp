@@ -48,7 +48,7 @@ std::string FolderWithoutBackslash(LPCSTR lpszInfPath) {
 
 DWORD AddDriver(LPCSTR lpszInfPath, LPCSTR lpszModelName, DWORD dwVersion, DWORD dwProcessor) {
     // An empty path or model isn't refused: the Print UI has the last word on both.
-    char szVersion[kVersionTextSize] = {};
+    char szVersion[kVersionPartSize] = {};
     DWORD dwCode = MakeVersionStringForPrintUI(dwVersion, dwProcessor, szVersion, sizeof szVersion);
     const std::string strFolder = FolderWithoutBackslash(lpszInfPath);
     ConvertedText infPath;

@@ -1,14 +1,14 @@
 // Removes printers and drivers through the Print UI's command lines.
 #include <string>
-#include <string_view>
 
 #include "colour/color_profile_removal.h"
 #include "driver/delete_driver_file.h"
-#include "driver/delete_printer_driver.h"
+#include "driver/delete_language_monitor.h"
 #include "driver/spooler_service.h"
 #include "frame/log.h"
 #include "frame/string_list.h"
 #include "frame/text.h"
+#include "spooler/printer_connection.h"
 #include "spooler/spooler_read.h"
 #include "printui/command_line.h"
 #include "printui/print_ui_commands.h"
@@ -19,19 +19,9 @@ namespace {
 
 // ---- printers -------------------------------------------------------------------------------------------------------
 
-DWORD ReadLevel2(LPCSTR lpszPrinterName, HeapBlock& block) {
-    PrinterHandle hPrinter;
-    const DWORD dwCode = OpenPrinterPlainly(lpszPrinterName, hPrinter);
-    return dwCode == ERROR_SUCCESS ? GetPrinterInfo(hPrinter.Get(), 2, block) : dwCode;
-}
-
 /// True for a shared printer of another computer. One that told nothing of itself counts as a local one.
 bool IsConnection(const HeapBlock& level2) {
-    if (!level2) {
-        return false;
-    }
-    const auto* pInfo = static_cast<const PRINTER_INFO_2A*>(level2.Get());
-    return std::string_view(TextOrEmpty(pInfo->pPrinterName)).starts_with('\\') && !IsEmpty(pInfo->pServerName);
+    return level2 && IsConnectionRecord(*static_cast<const PRINTER_INFO_2A*>(level2.Get()));
 }
 
 DWORD RunPrinterDeletion(LPCSTR lpszConvertedName, const HeapBlock& level2) {
@@ -63,7 +53,7 @@ DWORD FindMonitor(DWORD dwVersion, LPCSTR lpszDriverName, DWORD dwProcessor, Mon
 }
 
 DWORD FormatDriverDeletion(DWORD dwVersion, LPCSTR lpszDriverName, DWORD dwProcessor, LPSTR lpszCommand) {
-    char szVersion[kVersionTextSize] = {};
+    char szVersion[kVersionPartSize] = {};
     const DWORD dwCode = MakeVersionStringForPrintUI(dwVersion, dwProcessor, szVersion, sizeof szVersion);
     if (dwCode != ERROR_SUCCESS) {
         return dwCode;
@@ -76,7 +66,7 @@ DWORD FormatDriverDeletion(DWORD dwVersion, LPCSTR lpszDriverName, DWORD dwProce
 void RestartSpooler() {
     WriteLog("DeletePrinterDriver2k() - Service(%s).Start", kSpooler);
     ServiceHandles handles;  // open until the last line is written
-    WithSpoolerService(handles, &Win32RestartService, "Service(%s).Start Error(%d)");
+    WithSpoolerService(handles, &Win32RestartService, kServiceStartFailure);
     WriteLog("DeletePrinterDriver2k() - Service.ReStart End");
 }
 
@@ -116,7 +106,7 @@ DWORD DoDeletePrinterToPrintUI(LPCSTR lpszPrinterName, DWORD dwProfileCount, con
         }
     }
     HeapBlock level2;
-    DWORD dwCode = ReadLevel2(lpszPrinterName, level2);
+    DWORD dwCode = ReadPrinterLevel(lpszPrinterName, 2, level2);
     if (dwCode == ERROR_SUCCESS) {
         dwCode = RunPrinterDeletion(printerName.Get(), level2);
     }

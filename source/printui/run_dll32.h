@@ -55,7 +55,7 @@ class CRunDll32 {
     EntryPointW m_pfnEntryPointW = nullptr;
     EntryPointA m_pfnEntryPointA = nullptr;
     INT m_nWide = 0;                                ///< 1: the entry is called in its wide form
-    char m_szModuleName[260] = {};                  ///< under which the library was loaded
+    char m_szModuleName[MAX_PATH] = {};             ///< under which the library was loaded
     char m_szEntryName[MAX_ENTRY_LENGTH + 1] = {};  ///< that the two pointers belong to
 };
 

@@ -1,6 +1,8 @@
 // Reading the spooler's records of drivers.
 #include "spooler/driver_records.h"
 
+#include "frame/path.h"
+
 namespace pikel {
 
 DWORD EnumDriverRecords(LPCSTR lpszEnvironment, DWORD dwLevel, HeapBlock& drivers, DWORD* pdwCount) {
@@ -11,6 +13,16 @@ DWORD EnumDriverRecords(LPCSTR lpszEnvironment, DWORD dwLevel, HeapBlock& driver
     });
     *pdwCount = drivers ? dwReturned : 0;
     return dwStatus;
+}
+
+void TakeDriverFile(LPSTR lpszFile, StringList* pFiles) {
+    if (IsEmpty(lpszFile)) {
+        return;
+    }
+    UpperCase(lpszFile);
+    if (pFiles != nullptr) {
+        pFiles->Append(std::string(BehindLastBackslash(lpszFile)));
+    }
 }
 
 void UpperCase(LPSTR lpszText) {

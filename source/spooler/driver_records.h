@@ -1,6 +1,8 @@
 // Reading the spooler's records of drivers.
 #pragma once
 
+#include "frame/string_list.h"
+#include "frame/text.h"
 #include "platform/owned.h"
 #include "spooler/spooler_read.h"
 
@@ -24,6 +26,23 @@ void ReplaceSpoolerVersion9x(Info* pDrivers, DWORD dwCount) {
         if (pDrivers[i].cVersion == kSpoolerVersion9x) {
             pDrivers[i].cVersion = 0;
         }
+    }
+}
+
+/// Upper-cases a record's file in place, and appends its bare name to a list.
+/// @param lpszFile  null and empty are passed over
+/// @param pFiles    null: the file is upper-cased alone
+void TakeDriverFile(LPSTR lpszFile, StringList* pFiles);
+
+/// The same for the files of a record, in the order of its fields, and for its dependent files behind them.
+/// @param Info  DRIVER_INFO_3A or DRIVER_INFO_6A of a block that may be written to
+template <class Info>
+void TakeDriverFiles(const Info& driver, StringList* pFiles) {
+    for (LPSTR lpszFile : {driver.pConfigFile, driver.pDataFile, driver.pDriverPath, driver.pHelpFile}) {
+        TakeDriverFile(lpszFile, pFiles);
+    }
+    for (LPCSTR lpszFile : MultiString(driver.pDependentFiles)) {
+        TakeDriverFile(const_cast<LPSTR>(lpszFile), pFiles);
     }
 }
 

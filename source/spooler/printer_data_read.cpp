@@ -1,7 +1,7 @@
 // Reading the values that a printer keeps outside its level 2 data.
 #include "frame/log.h"
 #include "frame/os_route.h"
-#include "printer/printer_connection.h"
+#include "spooler/printer_connection.h"
 #include "spooler/printer_data.h"
 #include "spooler/spooler_read.h"
 
@@ -107,7 +107,7 @@ DWORD GetPrinterDataNT(const ValueName& name, PrinterValueData& value) {
 
 /// Opens a key inside another one.
 /// @return false on failure. The code is then the last error and not what the call returned, although registry calls
-///         need not set it: callers have always been told that value.
+///         need not set it: the read's result is that value, which may be 0 for a key that isn't there.
 bool OpenInside(HKEY hParent, LPCSTR lpszName, RegistryKey& key) {
     HKEY hKey = nullptr;
     if (Platform().RegOpenKeyExA(hParent, lpszName, 0, KEY_READ, &hKey) != ERROR_SUCCESS) {

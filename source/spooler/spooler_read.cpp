@@ -45,6 +45,12 @@ DWORD OpenPrinterPlainly(LPCSTR lpszPrinterName, PrinterHandle& hPrinter) {
     return Open(lpszPrinterName, nullptr, hPrinter);
 }
 
+DWORD ReadPrinterLevel(LPCSTR lpszPrinterName, DWORD dwLevel, HeapBlock& block) {
+    PrinterHandle hPrinter;
+    const DWORD dwCode = OpenPrinterPlainly(lpszPrinterName, hPrinter);
+    return dwCode != ERROR_SUCCESS ? dwCode : GetPrinterInfo(hPrinter.Get(), dwLevel, block);
+}
+
 DWORD SetPrinterTimeouts(HANDLE hPrinter, LPSTR lpszPrinterName, LPSTR lpszPortName, DWORD dwAttributes,
                          DWORD dwNotSelected, DWORD dwRetry) {
     PRINTER_INFO_5A info{};

@@ -63,6 +63,11 @@ DWORD OpenPrinterPlainly(LPCSTR lpszPrinterName, PrinterHandle& hPrinter);
 /// The same with PRINTER_ALL_ACCESS (0xF000C), which writing needs.
 DWORD OpenPrinterWithAccess(LPCSTR lpszPrinterName, PrinterHandle& hPrinter);
 
+/// Opens a printer with the default rights, reads one level and closes it.
+/// @param block [out]  as for GetPrinterInfo; untouched when the printer can't be opened
+/// @return the last error of the open, or see ReadSpoolerBlock
+DWORD ReadPrinterLevel(LPCSTR lpszPrinterName, DWORD dwLevel, HeapBlock& block);
+
 /// Sets the two timeouts of a printer, which the 9x family has at level 5 alone.
 /// @param lpszPrinterName, lpszPortName, dwAttributes  the printer's own, which level 5 writes as well
 /// @param dwNotSelected, dwRetry                       milliseconds

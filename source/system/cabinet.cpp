@@ -12,8 +12,8 @@ namespace pikel {
 
 namespace {
 
-constexpr std::size_t kLongestFolder = 260;
 constexpr UINT kNotificationMask = 0xFF;
+constexpr std::size_t kLongestFolder = MAX_PATH;  // characters, without a NUL
 
 /// Tells the system where a file goes, and makes its folders.
 UINT PlaceFile(LPCSTR lpszFolder, FILE_IN_CABINET_INFO_A& info, LPCSTR lpszCabinetPath) {

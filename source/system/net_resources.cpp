@@ -18,13 +18,6 @@ constexpr DWORD kAllEntries = 0xFFFFFFFF;
 constexpr DWORD kEnumBufferSize = 0x4000;
 constexpr DWORD kProviderNameSize = 260;
 
-struct EnumerationCloser {
-    using Value = HANDLE;
-    static Value Empty() { return nullptr; }
-    static void Close(Value value) { Platform().WNetCloseEnum(value); }
-};
-using NetworkEnumeration = Owned<EnumerationCloser>;
-
 // ---- kinds ------------------------------------------------------------------------------------------------------
 
 /// Values of ResourceKind.

@@ -15,24 +15,6 @@ namespace pikel {
 
 namespace {
 
-namespace closer {
-
-struct Token {
-    using Value = HANDLE;
-    static Value Empty() { return nullptr; }
-    static void Close(Value value) { Platform().CloseHandle(value); }
-};
-struct AllocatedSid {
-    using Value = PSID;
-    static Value Empty() { return nullptr; }
-    static void Close(Value value) { Platform().FreeSid(value); }
-};
-
-}  // namespace closer
-
-using TokenHandle = Owned<closer::Token>;
-using OwnedSid = Owned<closer::AllocatedSid>;
-
 // ---- administrators -------------------------------------------------------------------------------------------------
 
 /// Makes the SID of the local Administrators group; empty on failure.

@@ -9,40 +9,12 @@
 namespace pikel {
 namespace {
 
-constexpr int kLinkPathSize = 260;
-
 bool Succeeded(HRESULT hr) {
     return hr >= 0;
 }
 
-template <class Interface>
-struct InterfaceCloser {
-    using Value = Interface*;
-    static Value Empty() { return nullptr; }
-    static void Close(Value value) { value->Release(); }
-};
-using ShellLink = Owned<InterfaceCloser<IShellLinkA>>;
-using PersistFile = Owned<InterfaceCloser<IPersistFile>>;
-
-/// COM on the calling thread, set up when the thread turns out to lack it.
-class ThreadCom {
-  public:
-    ThreadCom() = default;
-    ThreadCom(const ThreadCom&) = delete;
-    ThreadCom& operator=(const ThreadCom&) = delete;
-    ~ThreadCom() {
-        if (m_bInitialized) {
-            Platform().CoUninitialize();
-        }
-    }
-    bool Initialize() {
-        m_bInitialized = Succeeded(Platform().CoInitialize(nullptr));
-        return m_bInitialized;
-    }
-
-  private:
-    bool m_bInitialized = false;
-};
+using ShellLink = ComPointer<IShellLinkA>;
+using PersistFile = ComPointer<IPersistFile>;
 
 bool CreateLink(ShellLink& link) {
     void* pLink = nullptr;
@@ -73,8 +45,8 @@ void Describe(IShellLinkA& link, const ShortcutRecord& record) {
 }
 
 bool Save(IPersistFile& file, LPCSTR lpszPath) {
-    WCHAR szPath[kLinkPathSize] = {};
-    return Platform().MultiByteToWideChar(CP_ACP, 0, lpszPath, -1, szPath, kLinkPathSize) != 0 &&
+    WCHAR szPath[MAX_PATH] = {};
+    return Platform().MultiByteToWideChar(CP_ACP, 0, lpszPath, -1, szPath, MAX_PATH) != 0 &&
            Succeeded(file.Save(szPath, TRUE));
 }
 
@@ -109,8 +81,11 @@ DWORD WriteShortcut(const ShortcutRecord* pRecord) {
     }
     ThreadCom com;  // outlives the link
     ShellLink link;
-    if (!CreateLink(link) && com.Initialize()) {
-        CreateLink(link);
+    if (!CreateLink(link)) {  // the thread turns out to lack COM, or the link can't be had at all
+        com.Reset(Succeeded(Platform().CoInitialize(nullptr)));
+        if (com) {
+            CreateLink(link);
+        }
     }
     return link && DescribeAndSave(*link.Get(), *pRecord) ? ERROR_SUCCESS : ERROR_INTERNAL_ERROR;
 }

@@ -1,6 +1,5 @@
 // The table of operations and the one exported function: the top of the library, which joins the subsystems' workers to
-// the slots that an installer calls.
-#include "inf/customize_field.h"
+// the slots that an installer calls. The slots stand in the order of the table.
 #include "deploy/copy_inf_driver_files.h"
 #include "deploy/copy_size.h"
 #include "deploy/driver_list.h"
@@ -9,18 +8,15 @@
 #include "deploy/installed_inf.h"
 #include "deploy/local_copy.h"
 #include "deploy/staged_copy.h"
-#include "driver/add_printer_driver.h"
-#include "driver/delete_printer_driver.h"
 #include "driver/file_use.h"
 #include "driver/hwid_folder.h"
 #include "driver/monitor_file.h"
 #include "frame/file_version.h"
 #include "frame/os_identity.h"
-#include "frame/os_route.h"
 #include "frame/pikel.h"
-#include "table/wrapper.h"
-#include "inf_store/identity.h"
-#include "inf_store/placement.h"
+#include "inf/customize_field.h"
+#include "inf_store/inf_identity.h"
+#include "inf_store/inf_placement.h"
 #include "platform/platform.h"
 #include "printer/add_printer.h"
 #include "printer/default_printer.h"
@@ -29,13 +25,13 @@
 #include "printer/get_printer.h"
 #include "printer/port.h"
 #include "printer/set_printer.h"
-#include "table/uninstall.h"
-#include "printui/print_ui_commands.h"
 #include "printui/run_dll32.h"
 #include "system/cabinet.h"
 #include "system/net_resources.h"
 #include "system/security.h"
 #include "system/short_cut.h"
+#include "table/print_ui_choice.h"
+#include "table/wrapper.h"
 
 namespace pikel {
 namespace {
@@ -43,7 +39,7 @@ namespace {
 // ---- slots 0 to 2: bring-up, tear-down and memory, without the form of the others -----------------------------------
 
 /// Initialize calls less Shutdown calls. Unguarded: a Shutdown without Initialize leaves it at 0xFFFFFFFF, and the next
-/// Initialize, which then isn't the step from 0 to 1, does no work. Installers rely on the plain count.
+/// Initialize, which then isn't the step from 0 to 1, does no work: the log stays off, which a guard would change.
 DWORD g_dwUseCount = 0;
 
 /// Slot 0. The log line comes after the work, because the work is what turns the log on.
@@ -78,158 +74,79 @@ struct PI_KEL_FreeMemory_Slot {
     static BOOL Run(LPVOID block) { return Platform().HeapFree(Platform().GetProcessHeap(), 0, block); }
 };
 
-// ---- workers that choose a route or keep a text ---------------------------------------------------------------------
+// ---- slots 3 to 42: a start line, the work, an end line and a blank line --------------------------------------------
 
-/// Slot 3: the Print UI route where the caller asks for it, else the direct one, for which the record alone counts.
-DWORD AddPrinterDriverByRoute(LPCSTR infPath, LPCSTR modelName, DWORD driverVersion, DWORD processor,
-                              const DriverAddRecord* record, INT usePrintUI) {
-    if (usePrintUI == 0) {
-        return DoAddPrinterDriver(nullptr, record);
-    }
-    return IsPrintUIUsable() ? DoAddDriverToPrintUI(infPath, modelName, driverVersion, processor)
-                             : DWORD{ERROR_INVALID_PARAMETER};
-}
-
-/// Slot 4: likewise. The direct route restarts no spooler and reads no file removal flag.
-DWORD DeletePrinterDriverByRouteKept(DWORD driverVersion, LPCSTR lpszDriverName, DWORD processor, DWORD profileCount,
-                                     LPSTR* profileList, DWORD fileRemovalFlag, DWORD usePrintUI) {
-    const KeptText driverName(lpszDriverName);
-    if (usePrintUI == 0) {
-        return DoDeletePrinterDriver(driverVersion, driverName.Get(), processor, profileCount, profileList,
-                                     fileRemovalFlag, 0);
-    }
-    return IsPrintUIUsable() ? DoDeletePrinterDriverToPrintUI(driverVersion, driverName.Get(), processor, profileCount,
-                                                              profileList, fileRemovalFlag, 0)
-                             : DWORD{ERROR_INVALID_PARAMETER};
-}
-
-/// Slot 29: there is no other route.
-DWORD InstallPrinterToPrintUI(LPCSTR infPath, LPCSTR printerName, LPCSTR modelName, LPCSTR portName, LPCSTR shareName,
-                              LPCSTR spare, DWORD shareFlag) {
-    return IsPrintUIUsable()
-               ? DoInstallPrinterToPrintUI(infPath, printerName, modelName, portName, shareName, spare, shareFlag)
-               : DWORD{ERROR_INVALID_PARAMETER};
-}
-
-DWORD UninstallPrinterKept(LPCSTR printerName, LPCSTR lpszDriverName, DWORD driverVersion, DWORD processor,
-                           DWORD profileCount, LPSTR* profileList, DWORD fileRemovalFlag, INT usePrintUI) {
-    const KeptText driverName(lpszDriverName);
-    return UninstallPrinterByRoute(printerName, driverName.Get(), driverVersion, processor, profileCount, profileList,
-                                   fileRemovalFlag, usePrintUI);
-}
-
-DWORD GetInfInfoKept(LPCSTR lpcInfPath, LPCSTR lpDriverName, DWORD dwArchitecture, DWORD dwMajorVersion,
-                     DWORD dwMinorVersion, DriverAddRecord** ppRecord) {
-    KeptText infPath(lpcInfPath);
-    return DoGetInfInfo(infPath.Get(), lpDriverName, dwArchitecture, dwMajorVersion, dwMinorVersion, ppRecord);
-}
-
-DWORD CopyInfDriverFilesKept(LPCSTR lpszInfPath, LPCSTR driverName, PSP_FILE_CALLBACK_A queueCallback,
-                             DWORD dwArchitecture, INT dwMajorVersion, DWORD dwMinorVersion, HWND ownerWindow,
-                             HWND progressWindow) {
-    KeptText infPath(lpszInfPath);
-    return PI_CopyInfDriverFiles(infPath.Get(), driverName, queueCallback, dwArchitecture, dwMajorVersion,
-                                 dwMinorVersion, ownerWindow, progressWindow);
-}
-
+/// The text of all four numbers, which is the worker's choice without a form.
 DWORD GetDriverFileVersion(LPCSTR lpszFilePath, LPSTR lpszText, DWORD dwSize) {
     return DoGetDriverFileVersion(lpszFilePath, lpszText, dwSize);
 }
 
-DWORD CheckDriverFileVersionKept(LPCSTR lpszFilePath, LPCSTR lpszVersionText, LPSTR lpszText, DWORD dwSize) {
-    const KeptText filePath(lpszFilePath);
-    return DoCheckDriverFileVersion(filePath.Get(), lpszVersionText, lpszText, dwSize);
-}
-
-DWORD GetDriverFileNameFromInfKept(LPCSTR lpszInfPath, LPCSTR driverName, DWORD dwArchitecture, DWORD dwMajorVersion,
-                                   DWORD dwMinorVersion, DWORD wantDriverFile, LPSTR name, LPDWORD pdwSize) {
-    const KeptText infPath(lpszInfPath);
-    return DoGetDriverFileNameFromInf(infPath.Get(), driverName, dwArchitecture, dwMajorVersion, dwMinorVersion,
+/// Any number but 0 asks for the driver's file.
+DWORD GetDriverFileNameFromInf(LPCSTR infPath, LPCSTR driverName, DWORD dwArchitecture, DWORD dwMajorVersion,
+                               DWORD dwMinorVersion, DWORD wantDriverFile, LPSTR name, LPDWORD pdwSize) {
+    return DoGetDriverFileNameFromInf(infPath, driverName, dwArchitecture, dwMajorVersion, dwMinorVersion,
                                       wantDriverFile != 0, name, pdwSize);
 }
 
 /// Slot 25: the INF's own architecture first; without it the copy isn't entered.
-DWORD CopyInfDriverFilesToLocalKept(LPCSTR lpszInfPath, LPCSTR driverName, LPCSTR localFolder, LPDWORD pdwTotalSize,
-                                    DWORD copyNameMode, LPDWORD pdwCount, LocalFileRecord** ppRecords,
-                                    DWORD dwArchitecture, DWORD dwMajorVersion, DWORD dwMinorVersion) {
-    const KeptText infPath(lpszInfPath);
+DWORD CopyToLocalFolder(LPCSTR infPath, LPCSTR driverName, LPCSTR localFolder, LPDWORD pdwTotalSize, DWORD copyNameMode,
+                        LPDWORD pdwCount, LocalFileRecord** ppRecords, DWORD dwArchitecture, DWORD dwMajorVersion,
+                        DWORD dwMinorVersion) {
     DWORD dwInfArchitecture = 0;
-    const DWORD dwStatus = DoGetInfOsVersion(infPath.Get(), &dwInfArchitecture);
+    const DWORD dwStatus = DoGetInfOsVersion(infPath, &dwInfArchitecture);
     return dwStatus != 0 ? dwStatus
-                         : DoCopyInfDriverFilesToLocal(infPath.Get(), driverName, localFolder, pdwTotalSize,
-                                                       copyNameMode, pdwCount, ppRecords, dwInfArchitecture,
-                                                       dwArchitecture, dwMajorVersion, dwMinorVersion);
+                         : DoCopyInfDriverFilesToLocal(infPath, driverName, localFolder, pdwTotalSize, copyNameMode,
+                                                       pdwCount, ppRecords, dwInfArchitecture, dwArchitecture,
+                                                       dwMajorVersion, dwMinorVersion);
 }
 
 /// Slot 31: likewise.
-DWORD CopyInfDriverFilesExKept(LPCSTR lpszInfPath, LPCSTR driverName, DWORD copyNameMode, LPDWORD pdwRestartNeeded,
-                               LPCSTR stagingFolder, DWORD dwArchitecture, DWORD dwMajorVersion, DWORD dwMinorVersion) {
-    const KeptText infPath(lpszInfPath);
+DWORD CopyByStaging(LPCSTR infPath, LPCSTR driverName, DWORD copyNameMode, LPDWORD pdwRestartNeeded,
+                    LPCSTR stagingFolder, DWORD dwArchitecture, DWORD dwMajorVersion, DWORD dwMinorVersion) {
     DWORD dwInfArchitecture = 0;
-    const DWORD dwStatus = DoGetInfOsVersion(infPath.Get(), &dwInfArchitecture);
-    return dwStatus != 0
-               ? dwStatus
-               : DoCopyInfDriverFilesEx(infPath.Get(), driverName, copyNameMode, pdwRestartNeeded, stagingFolder,
-                                        dwInfArchitecture, dwArchitecture, dwMajorVersion, dwMinorVersion);
+    const DWORD dwStatus = DoGetInfOsVersion(infPath, &dwInfArchitecture);
+    return dwStatus != 0 ? dwStatus
+                         : DoCopyInfDriverFilesEx(infPath, driverName, copyNameMode, pdwRestartNeeded, stagingFolder,
+                                                  dwInfArchitecture, dwArchitecture, dwMajorVersion, dwMinorVersion);
 }
 
-DWORD InfFileCopyKept(LPCSTR lpszInfFile, DWORD dwProcessor, DWORD dwMajor, DWORD dwMinor, LPCSTR lpszDir,
-                      LPCSTR lpszProvider, LPCSTR lpszClass, DWORD dwFlag) {
-    KeptText dir(lpszDir);
-    return PI_InfFileCopy(lpszInfFile, dwProcessor, dwMajor, dwMinor, dir.Get(), lpszProvider, lpszClass, dwFlag);
-}
-
-DWORD GetInstalledInfNameKept(LPCSTR driverName, DWORD dwArchitecture, DWORD dwMajorVersion, DWORD dwMinorVersion,
-                              LPCSTR lpszInfFolder, LPCSTR lpszProvider, LPCSTR lpszClass, LPSTR name, DWORD size) {
-    KeptText infFolder(lpszInfFolder);
-    return DoGetInstalledInfName(driverName, dwArchitecture, dwMajorVersion, dwMinorVersion, infFolder.Get(),
-                                 lpszProvider, lpszClass, name, size);
-}
-
-// ---- slots from 3 on ------------------------------------------------------------------------------------------------
-
-STATUS_SLOT(PI_KEL_AddPrinterDriver, PIKEL_PREFIX_DRIVER_ADD, AddPrinterDriverByRoute)
-STATUS_SLOT(PI_KEL_DeletePrinterDriver, PIKEL_PREFIX_DRIVER_DELETE, DeletePrinterDriverByRouteKept)
+STATUS_SLOT(PI_KEL_AddPrinterDriver, PIKEL_PREFIX_DRIVER_ADD, AddPrinterDriverAsAsked)
+STATUS_SLOT(PI_KEL_DeletePrinterDriver, PIKEL_PREFIX_DRIVER_DELETE, WithCopyOf<1>(DeletePrinterDriverAsAsked))
 VALUE_SLOT(PI_KEL_IsDriverFileLoaded, FALSE, IsDriverFileLoaded)
 STATUS_SLOT(PI_KEL_GetDriverFileVersion, PIKEL_PREFIX_GENERAL, GetDriverFileVersion)
-VALUE_SLOT(PI_KEL_CheckDriverFileVersion, FileVersionLowerOrUnreadable, CheckDriverFileVersionKept)
-STATUS_SLOT(PI_KEL_CopyDriverFileToHWIDFolder, PIKEL_PREFIX_GENERAL, DoCopyDriverFileToHWIDFolder)
-STATUS_SLOT(PI_KEL_CopyMonitorFile, PIKEL_PREFIX_FILE_COPY, DoCopyMointorFile)
-STATUS_SLOT(PI_KEL_GetInfInfo, PIKEL_PREFIX_INF_READ, GetInfInfoKept)
-STATUS_SLOT(PI_KEL_GetDriverFileNameFromInf, PIKEL_PREFIX_INF_READ, GetDriverFileNameFromInfKept)
-STATUS_SLOT(PI_KEL_CopyInfDriverFiles, PIKEL_PREFIX_FILE_COPY, CopyInfDriverFilesKept)
-STATUS_SLOT(PI_KEL_ExtractCabFile, PIKEL_PREFIX_GENERAL, DoExtractCabFile)
-STATUS_SLOT(PI_KEL_CopyInfDriverFilesToLocal, PIKEL_PREFIX_FILE_COPY, CopyInfDriverFilesToLocalKept)
-// Its start line is that of the local copy: installers' log readers know it so.
-STATUS_SLOT_STARTING_AS(PI_KEL_CopyInfDriverFilesEx, "PI_KEL_CopyInfDriverFilesToLocal", PIKEL_PREFIX_FILE_COPY,
-                        CopyInfDriverFilesExKept)
-STATUS_SLOT(PI_KEL_ControlRegistory, PIKEL_PREFIX_GENERAL, DoControlRegistory)
-STATUS_SLOT(PI_KEL_EnumDriverFiles, PIKEL_PREFIX_GENERAL, DoEnumDriverFiles)
-STATUS_SLOT(PI_KEL_GetCopyDriverFilesSize, PIKEL_PREFIX_FILE_COPY, DoGetCopyDriverFilesSize)
+VALUE_SLOT(PI_KEL_CheckDriverFileVersion, FileVersionLowerOrUnreadable, WithCopyOf<0>(DoCheckDriverFileVersion))
+STATUS_SLOT(PI_KEL_GetInfInfo, PIKEL_PREFIX_INF_READ, WithCopyOf<0>(DoGetInfInfo))
+STATUS_SLOT(PI_KEL_GetDriverFileNameFromInf, PIKEL_PREFIX_INF_READ, WithCopyOf<0>(GetDriverFileNameFromInf))
+STATUS_SLOT(PI_KEL_CopyInfDriverFiles, PIKEL_PREFIX_FILE_COPY, WithCopyOf<0>(PI_CopyInfDriverFiles))
 STATUS_SLOT(PI_KEL_GetDriverListFromInf, PIKEL_PREFIX_INF_READ, PI_GetDriverListFromInf)
-STATUS_SLOT(PI_KEL_InfFileCopy, PIKEL_PREFIX_FILE_COPY, InfFileCopyKept)
-STATUS_SLOT(PI_KEL_GetInstalledInfName, PIKEL_PREFIX_INSTALLED_INF, GetInstalledInfNameKept)
-STATUS_SLOT(PI_KEL_CreatePort, PIKEL_PREFIX_PORT, PI_CreatePort)
+STATUS_SLOT(PI_KEL_InfFileCopy, PIKEL_PREFIX_FILE_COPY, WithCopyOf<4>(PI_InfFileCopy))
+STATUS_SLOT(PI_KEL_GetInstalledInfName, PIKEL_PREFIX_INSTALLED_INF, WithCopyOf<4>(DoGetInstalledInfName))
 STATUS_SLOT(PI_KEL_EnumNetResources, PIKEL_PREFIX_NETWORK, DoEnumNetResources)
+STATUS_SLOT(PI_KEL_CreatePort, PIKEL_PREFIX_PORT, PI_CreatePort)
 STATUS_SLOT(PI_KEL_GetPrinter, PIKEL_PREFIX_GENERAL, DoGetPrinter)
 STATUS_SLOT(PI_KEL_SetPrinter, PIKEL_PREFIX_GENERAL, DoSetPrinter)
 STATUS_SLOT(PI_KEL_AddPrinter, PIKEL_PREFIX_PRINTER_ADD, DoAddPrinter)
-STATUS_SLOT(PI_KEL_DeletePrinter, PIKEL_PREFIX_PRINTER_DELETE, DeletePrinterByRoute)
-STATUS_SLOT(PI_KEL_DeletePrinterWithoutShareReg, PIKEL_PREFIX_PRINTER_DELETE, DoDeletePrinterWithoutShareReg)
-STATUS_SLOT(PI_KEL_UninstallPrinter, PIKEL_PREFIX_DRIVER_ADD, UninstallPrinterKept)
-STATUS_SLOT(PI_KEL_RunPrintUI, PIKEL_PREFIX_GENERAL, DoRunPrintUI)
-STATUS_SLOT(PI_KEL_GetResourceStrFromPrintUI, PIKEL_PREFIX_GENERAL, DoGetResourceStrFromPrintUI)
-STATUS_SLOT(PI_KEL_InstallPrinterToPrintUI, PIKEL_PREFIX_DRIVER_ADD, InstallPrinterToPrintUI)
+STATUS_SLOT(PI_KEL_DeletePrinter, PIKEL_PREFIX_PRINTER_DELETE, DeletePrinterAsAsked)
 VALUE_SLOT(PI_KEL_IsAdministrators, FALSE, IsAdministrators)
 STATUS_SLOT(PI_KEL_CreateShortCut, PIKEL_PREFIX_GENERAL, DoCreateShortCut)
+STATUS_SLOT(PI_KEL_ExtractCabFile, PIKEL_PREFIX_GENERAL, DoExtractCabFile)
 VALUE_SLOT(PI_KEL_IsValidInfFile, FALSE, IsTarvoPrinterDriver)
 STATUS_SLOT(PI_KEL_GetInfOsVersion, PIKEL_PREFIX_GENERAL, DoGetInfOsVersion)
-STATUS_SLOT(PI_KEL_GetCustomizeInfo, PIKEL_PREFIX_GENERAL, DoGetCustomizeInfo)
-STATUS_SLOT(PI_KEL_GetCATFileInfo, PIKEL_PREFIX_GENERAL, DoGetCATFileInfo)
+STATUS_SLOT(PI_KEL_CopyInfDriverFilesToLocal, PIKEL_PREFIX_FILE_COPY, WithCopyOf<0>(CopyToLocalFolder))
+STATUS_SLOT(PI_KEL_RunPrintUI, PIKEL_PREFIX_GENERAL, DoRunPrintUI)
+STATUS_SLOT(PI_KEL_DeletePrinterWithoutShareReg, PIKEL_PREFIX_PRINTER_DELETE, DoDeletePrinterWithoutShareReg)
+STATUS_SLOT(PI_KEL_GetResourceStrFromPrintUI, PIKEL_PREFIX_GENERAL, DoGetResourceStrFromPrintUI)
+STATUS_SLOT(PI_KEL_InstallPrinterToPrintUI, PIKEL_PREFIX_DRIVER_ADD, InstallPrinterByPrintUI)
+STATUS_SLOT(PI_KEL_UninstallPrinter, PIKEL_PREFIX_DRIVER_ADD, WithCopyOf<1>(UninstallPrinterAsAsked))
+// Its start line is that of slot 25, its end line its own: the log's text is part of the contract.
+STATUS_SLOT_STARTING_AS(PI_KEL_CopyInfDriverFilesEx, "PI_KEL_CopyInfDriverFilesToLocal", PIKEL_PREFIX_FILE_COPY,
+                        WithCopyOf<0>(CopyByStaging))
+STATUS_SLOT(PI_KEL_CopyDriverFileToHWIDFolder, PIKEL_PREFIX_GENERAL, DoCopyDriverFileToHWIDFolder)
+STATUS_SLOT(PI_KEL_ControlRegistory, PIKEL_PREFIX_GENERAL, DoControlRegistory)
 STATUS_SLOT(PI_KEL_SetDefaultPrinter, PIKEL_PREFIX_GENERAL, DoSetDefaultPrinter)
-STATUS_SLOT(PI_KEL_GetDefaultPrinter, PIKEL_PREFIX_GENERAL, DoGetDefaultPrinter)
-// The yes of this one is a code like any other: a default printer gives 0x90010001.
-STATUS_SLOT(PI_KEL_IsDefaultPrinter, PIKEL_PREFIX_GENERAL, DoIsDefaultPrinter)
+STATUS_SLOT(PI_KEL_EnumDriverFiles, PIKEL_PREFIX_GENERAL, DoEnumDriverFiles)
+STATUS_SLOT(PI_KEL_GetCustomizeInfo, PIKEL_PREFIX_GENERAL, DoGetCustomizeInfo)
+STATUS_SLOT(PI_KEL_GetCopyDriverFilesSize, PIKEL_PREFIX_FILE_COPY, DoGetCopyDriverFilesSize)
 
 /// Slot 38: its start line carries the argument, and it can't fail.
 struct PI_KEL_SetEffectiveDevMode_Slot {
@@ -241,6 +158,14 @@ struct PI_KEL_SetEffectiveDevMode_Slot {
         return 0;
     }
 };
+
+STATUS_SLOT(PI_KEL_CopyMonitorFile, PIKEL_PREFIX_FILE_COPY, DoCopyMointorFile)
+STATUS_SLOT(PI_KEL_GetDefaultPrinter, PIKEL_PREFIX_GENERAL, DoGetDefaultPrinter)
+// The yes of this one is a code like any other: a default printer gives 0x90010001.
+STATUS_SLOT(PI_KEL_IsDefaultPrinter, PIKEL_PREFIX_GENERAL, DoIsDefaultPrinter)
+STATUS_SLOT(PI_KEL_GetCATFileInfo, PIKEL_PREFIX_GENERAL, DoGetCATFileInfo)
+
+// ---- the table ------------------------------------------------------------------------------------------------------
 
 /// The order is the calling contract with installers.
 constexpr PI_KEL_Interface kInterface = {

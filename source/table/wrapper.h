@@ -2,9 +2,11 @@
 // prefix, an end line and a blank line. No exception leaves the table.
 #pragma once
 
+#include <cstddef>
 #include <new>
 #include <optional>
 #include <string>
+#include <tuple>
 
 #include "frame/log.h"
 #include "frame/pikel.h"
@@ -59,10 +61,10 @@ DWORD RunValueSlot(const char* name, DWORD dwUnknown, Work&& work) {
     return dwValue;
 }
 
-/// A text argument kept for the length of a call. A null pointer stays null, an empty text stays an empty text.
-class KeptText {
+/// A text argument copied for the length of a call. A null pointer stays null, an empty text stays an empty text.
+class TextCopy {
   public:
-    explicit KeptText(LPCSTR lpszText) {
+    explicit TextCopy(LPCSTR lpszText) {
         if (lpszText != nullptr) {
             m_strText = lpszText;
         }
@@ -72,6 +74,19 @@ class KeptText {
   private:
     std::optional<std::string> m_strText;
 };
+
+/// A worker that gets a copy of one of its texts in place of the caller's, so that a buffer which the worker fills may
+/// be the one that the text stands in.
+/// @tparam kIndex  number of the text among the arguments, from 0 on
+template <std::size_t kIndex, class Worker>
+constexpr auto WithCopyOf(Worker worker) {
+    return [worker](auto... arguments) {
+        std::tuple values(arguments...);
+        const TextCopy text(std::get<kIndex>(values));
+        std::get<kIndex>(values) = text.Get();
+        return std::apply(worker, values);
+    };
+}
 
 /// The function that stands in the table for a slot. Slot tells kName and Run; Pointer is the member's type.
 template <class Slot, class Pointer>
@@ -85,6 +100,7 @@ struct SlotFunction<Slot, Result(WINAPI*)(Parameters...)> {
 }  // namespace pikel
 
 /// Declares a slot of the common form with a status. work is called with the slot's arguments.
+/// @param work  a function, or WithCopyOf<n>(function)
 #define STATUS_SLOT(operation, prefix, work) STATUS_SLOT_STARTING_AS(operation, #operation, prefix, work)
 
 /// The same for a slot whose start line bears another name.

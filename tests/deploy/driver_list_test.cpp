@@ -1,6 +1,8 @@
 // The driver list of an INF: the read of model keys and the block.
 #include "deploy/driver_list.h"
 
+#include "inf_store/inf_search.h"
+
 #include <algorithm>
 #include <cstring>
 
@@ -295,18 +297,18 @@ TEST_F(ModelKeys, AreTheNamesOfTheFirstSection) {
     WriteFileOn(Machine(), kInfPath, kText);
     Test().TurnLogOn(2);
     StringList models("old", ',');
-    EXPECT_EQ(ReadModelKeys(kInfPath, 5, 5, 2, models), 0u);
+    EXPECT_EQ(GetInfModelList(kInfPath, 5, 5, 2, models, NoModels::AreNone), 0u);
     EXPECT_THAT(Texts(models), ElementsAre("Laser x64"));
     EXPECT_THAT(Test().TakeLog(), ::testing::Not(::testing::Contains("PI_GetDriverListFromInf Start")));
 }
 
 TEST_F(ModelKeys, AreClearedWhenTheReadFails) {
     StringList models("old", ',');
-    EXPECT_EQ(ReadModelKeys("C:\\missing.inf", 3, 5, 1, models), 2u);
+    EXPECT_EQ(GetInfModelList("C:\\missing.inf", 3, 5, 1, models, NoModels::AreNone), 2u);
     EXPECT_TRUE(models.empty());
     WriteFileOn(Machine(), kInfPath, "[Version]\nSignature = \"$Windows NT$\"\n[Manufacturer]\nM =\n");
     models = StringList("old", ',');
-    EXPECT_EQ(ReadModelKeys(kInfPath, 3, 5, 1, models), 0u);
+    EXPECT_EQ(GetInfModelList(kInfPath, 3, 5, 1, models, NoModels::AreNone), 0u);
     EXPECT_TRUE(models.empty());
 }
 

@@ -815,6 +815,24 @@ TEST_F(StagedFiles, OfADirectoryThatCannotBeToldAreLookedForBehindABareBackslash
     EXPECT_THAT(calls[6], StartsWith("DeleteFileA(\"\\\\NLRES_DE.DLL\") = 0x0"));
 }
 
+TEST_F(StagedFiles, OfAnotherProcessorGoFromItsOwnDriverDirectory) {
+    const std::string own = DriverDirectory();
+    for (const auto& [environment, folder] :
+         {std::pair("Windows IA64", "IA64"), std::pair("Windows x64", "x64"), std::pair("Windows 4.0", "WIN40")}) {
+        m_record = std::make_unique<Record>(3, environment);
+        const std::string directory = "C:\\WINDOWS\\system32\\spool\\drivers\\" + std::string(folder);
+        for (const std::string& place : {own, directory}) {
+            WriteFileOn(Machine(), place + "\\NLRES_EN.DLL", "en");
+            WriteFileOn(Machine(), place + "\\NLRES_DE.DLL", "de");
+        }
+        EXPECT_EQ(Add(), 0u);
+        for (const char* file : {"\\NLRES_EN.DLL", "\\NLRES_DE.DLL"}) {
+            EXPECT_FALSE(Machine().Files().Exists(directory + file)) << environment;
+            EXPECT_TRUE(Machine().Files().Exists(own + file)) << environment;
+        }
+    }
+}
+
 TEST_F(StagedFiles, RemovalIsLoggedAtDetailLevelAlone) {
     Test().TurnLogOn(1);
     EXPECT_EQ(Add(), 0u);

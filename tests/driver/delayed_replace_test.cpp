@@ -28,14 +28,14 @@ TEST_F(DelayedReplace, ExtensionIsReplacedOrAdded) {
                                                          {"mon.x.dll", "mon.x.new"},
                                                          {"", ".new"}};
     for (const auto& [path, expected] : cases) {
-        char name[kDelayedPathSize] = {};
+        char name[MAX_PATH] = {};
         EXPECT_TRUE(ReplaceExtension(path, ".new", name));
         EXPECT_STREQ(name, expected);
     }
 }
 
 TEST_F(DelayedReplace, NameThatDoesNotFitIsRefused) {
-    char name[kDelayedPathSize] = "untouched";
+    char name[MAX_PATH] = "untouched";
     const std::string stem = "C:\\" + std::string(252, 'x');  // 255 with the root; ".new" makes 259
     EXPECT_TRUE(ReplaceExtension((stem + ".d").c_str(), ".new", name));
     EXPECT_EQ(std::string(name), stem + ".new");
@@ -53,7 +53,7 @@ TEST_F(DelayedReplace, NameThatDoesNotFitIsRefused) {
 }
 
 TEST_F(DelayedReplace, NullArgumentsAreRefused) {
-    char name[kDelayedPathSize] = {};
+    char name[MAX_PATH] = {};
     Test().TurnLogOn();
     EXPECT_FALSE(ReplaceExtension(nullptr, ".new", name));
     EXPECT_FALSE(ReplaceExtension("a", nullptr, name));

@@ -1,6 +1,8 @@
 // What installed drivers use, and the deletion of the files that only one used.
 #include "driver/delete_driver_file.h"
 
+#include "driver/delete_file_routines.h"
+
 #include <algorithm>
 #include <string>
 #include <vector>

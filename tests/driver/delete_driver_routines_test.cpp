@@ -3,6 +3,8 @@
 #include <vector>
 
 #include "driver/delete_driver_file.h"
+#include "driver/delete_driver_routines.h"
+#include "driver/delete_file_routines.h"
 #include "driver/delete_printer_driver.h"
 #include "machine/services/services.h"
 #include "support/calls.h"

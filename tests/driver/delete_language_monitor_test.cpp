@@ -2,7 +2,7 @@
 #include <string>
 #include <vector>
 
-#include "driver/delete_printer_driver.h"
+#include "driver/delete_language_monitor.h"
 #include "machine/services/services.h"
 #include "support/calls.h"
 #include "support/spooler_setup.h"

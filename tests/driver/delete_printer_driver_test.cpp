@@ -6,6 +6,9 @@
 #include <vector>
 
 #include "driver/delete_driver_file.h"
+#include "driver/delete_driver_routines.h"
+#include "driver/delete_file_routines.h"
+#include "driver/delete_language_monitor.h"
 #include "support/calls.h"
 #include "support/spooler_setup.h"
 

@@ -1,10 +1,9 @@
-// The customisation field, and the text stream that it is read through.
+// The customisation field.
 #include "inf/customize_field.h"
 
 #include <cstring>
 #include <string>
 
-#include "inf/text_stream.h"
 #include "frame/pikel.h"
 #include "support/inf_test.h"
 
@@ -235,48 +234,6 @@ TEST_F(CustomizeField, IsSlot36) {
     EXPECT_EQ(log.front(), "PI_KEL_GetCustomizeInfo Start");
     EXPECT_EQ(log[log.size() - 2], "PI_KEL_GetCustomizeInfo End:(0x00000000)");
     EXPECT_EQ(log.back(), "");
-}
-
-// ---- the stream -----------------------------------------------------------------------------------------------------
-
-class Stream : public MachineTest {
-  protected:
-    std::vector<std::string> Pieces(std::string_view text, std::size_t max) {
-        WriteFileOn(Machine(), kInfPath, text);
-        TextStream stream;
-        EXPECT_TRUE(stream.Open(kInfPath));
-        std::vector<std::string> pieces;
-        for (std::string piece; stream.ReadPiece(piece, max);) {
-            pieces.push_back(piece + (stream.AtEnd() ? "$" : ""));
-        }
-        EXPECT_TRUE(stream.AtEnd());
-        return pieces;
-    }
-};
-
-TEST_F(Stream, GivesLinesWithTheirEnds) {
-    EXPECT_THAT(Pieces("a\r\nb\nc", 9), ElementsAre("a\n", "b\n", "c$"));
-    EXPECT_THAT(Pieces("a\r\r\nb\r", 9), ElementsAre("a\r\n", "b\r$"));
-    EXPECT_THAT(Pieces("abc\r\nd\r\n", 2), ElementsAre("ab", "c\n", "d\n"));
-    EXPECT_THAT(Pieces("ab\r\ncd", 2), ElementsAre("ab", "\n", "cd"));
-    EXPECT_THAT(Pieces("a\x1a"
-                       "b\n",
-                       9),
-                ElementsAre("a$"));
-    EXPECT_TRUE(Pieces("", 9).empty());
-    EXPECT_TRUE(Pieces("\x1a"
-                       "a",
-                       9)
-                    .empty());
-}
-
-TEST_F(Stream, FindsALineEndAcrossTwoReads) {
-    for (std::size_t length : {4094u, 4095u, 4096u, 4097u}) {
-        const std::string line(length, 'x');
-        EXPECT_THAT(Pieces(line + "\r\ny\r\n", 9000), ElementsAre(line + "\n", "y\n")) << length;
-        EXPECT_THAT(Pieces(line + "\ry", 9000), ElementsAre(line + "\ry$")) << length;
-        EXPECT_THAT(Pieces(line + "\r", 9000), ElementsAre(line + "\r$")) << length;
-    }
 }
 
 }  // namespace

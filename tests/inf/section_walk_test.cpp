@@ -1,4 +1,4 @@
-// What the section classes share: numbers in INF text and the walk over a section.
+// What the section classes share: the walk over a section.
 #include "inf/section_walk.h"
 
 #include "support/inf_test.h"
@@ -8,38 +8,6 @@ namespace {
 
 using namespace testing_support;
 using ::testing::ElementsAre;
-
-TEST(NumberOfAText, IsReadAsAtoiReadsIt) {
-    struct Case {
-        const char* text;
-        INT number;
-    };
-    const Case cases[] = {
-        {"", 0},
-        {"0", 0},
-        {"90", 90},
-        {"66000", 66000},
-        {" \t\r\n\v\f7", 7},
-        {"+5", 5},
-        {"-1", -1},
-        {"- 1", 0},
-        {"--1", 0},
-        {"+", 0},
-        {"12x34", 12},
-        {"x12", 0},
-        {"1,2", 1},
-        {"0x10", 0},
-        {"2147483647", 2147483647},
-        {"-2147483648", INT32_MIN},
-        // More than an INT holds: the low 32 bits.
-        {"4294967295", -1},
-        {"4294967299", 3},
-        {"99999999999999999999", 1661992959},
-    };
-    for (const Case& c : cases) {
-        EXPECT_EQ(ParseNumber(c.text), c.number) << '"' << c.text << '"';
-    }
-}
 
 constexpr char kText[] = R"(
 [Version]

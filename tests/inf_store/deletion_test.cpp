@@ -2,7 +2,7 @@
 #include <string>
 #include <vector>
 
-#include "inf_store/placement.h"
+#include "inf_store/inf_placement.h"
 #include "support/calls.h"
 
 namespace pikel {

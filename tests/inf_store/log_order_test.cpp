@@ -1,7 +1,7 @@
 // Where the identity operations close the INF: before their last lines.
 #include "support/log_order.h"
 
-#include "inf_store/identity.h"
+#include "inf_store/inf_identity.h"
 
 namespace pikel {
 namespace {

@@ -3,7 +3,7 @@
 #include <string>
 #include <vector>
 
-#include "inf_store/search.h"
+#include "inf_store/inf_search.h"
 #include "support/calls.h"
 
 namespace pikel {

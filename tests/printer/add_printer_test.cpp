@@ -6,7 +6,7 @@
 #include "machine/desktop/desktop.h"
 #include "machine/operations.h"
 #include "printer/effective_dev_mode.h"
-#include "printer/printer_machine.h"
+#include "support/printer_machine.h"
 
 namespace pikel {
 namespace {
@@ -142,7 +142,7 @@ TEST_P(AddPrinterOnEverySystem, PrinterIsThereWithTheSettingsOfItsSystem) {
     ASSERT_TRUE(printer);
     EXPECT_EQ(printer->name, "P1");
     EXPECT_EQ(printer->driver, kDriver);
-    EXPECT_EQ(printer->port, kPort);
+    EXPECT_EQ(printer->port, kLocalPort);
     EXPECT_EQ(printer->dataType, "RAW");
     if (Is9x()) {
         EXPECT_TRUE(printer->attributes & PRINTER_ATTRIBUTE_ENABLE_BIDI);
@@ -242,7 +242,7 @@ TEST_P(AddPrinterOnEverySystem, TimeoutsAreSetOnThe9xFamilyAlone) {
     const Written& timeouts = spooler.Writes()[1];
     EXPECT_EQ(timeouts.level, 5u);
     EXPECT_EQ(timeouts.printer, "P1");
-    EXPECT_EQ(timeouts.port, kPort);
+    EXPECT_EQ(timeouts.port, kLocalPort);
     EXPECT_EQ(timeouts.attributes, text.Record().Attributes);
     EXPECT_EQ(timeouts.notSelectedTimeout, 15000u);
     EXPECT_EQ(timeouts.retryTimeout, 45000u);

@@ -6,7 +6,7 @@
 
 #include "machine/desktop/desktop.h"
 #include "machine/operations.h"
-#include "printer/printer_machine.h"
+#include "support/printer_machine.h"
 
 namespace pikel {
 namespace {
@@ -459,6 +459,13 @@ TEST_F(DefaultPrinterNT, SettingCallsCarryWhatIsExpected) {
     EXPECT_THAT(calls, Contains("WriteProfileStringA(\"windows\", \"device\", \"P1,winspool,Ne01:\") = 0x1"));
     EXPECT_THAT(calls,
                 Contains(::testing::StartsWith("SendMessageTimeoutA(0xffff, 0x1a, 0x0, 0x0, 0x0, 0x3e8, null)")));
+}
+
+TEST_F(DefaultPrinterNT, DeviceValueIsAskedForUnderTheSpoolersSpellingOfTheName) {
+    EXPECT_EQ(DoSetDefaultPrinter("p1"), 0u);
+    const std::vector<std::string> calls = Test().TakeCalls();
+    EXPECT_THAT(calls, Contains(::testing::ContainsRegex("RegQueryValueExA\\(0x[0-9a-f]+, \"P1\", null, &, &, &\\)")));
+    EXPECT_THAT(calls, Contains("WriteProfileStringA(\"windows\", \"device\", \"p1,winspool,Ne01:\") = 0x1"));
 }
 
 TEST_F(DefaultPrinterNT, SettingTellsEveryWindow) {

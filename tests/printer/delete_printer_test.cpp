@@ -6,7 +6,7 @@
 #include "machine/desktop/desktop.h"
 #include "machine/operations.h"
 #include "machine/network/shares.h"
-#include "printer/printer_machine.h"
+#include "support/printer_machine.h"
 #include "printer/share_registry.h"
 
 namespace pikel {

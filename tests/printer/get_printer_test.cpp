@@ -5,7 +5,7 @@
 
 #include "machine/operations.h"
 #include "printer/effective_dev_mode.h"
-#include "printer/printer_machine.h"
+#include "support/printer_machine.h"
 #include "spooler/printer_values.h"
 
 namespace pikel {
@@ -61,7 +61,7 @@ TEST_P(GetPrinterOnEverySystem, TellsLevel2AndWhatTheFamilyKeepsBesideIt) {
     ASSERT_EQ(record.Code(), 0u);
     EXPECT_STREQ(record->pPrinterName, "P1");
     EXPECT_STREQ(record->pDriverName, kDriver);
-    EXPECT_STREQ(record->pPortName, kPort);
+    EXPECT_STREQ(record->pPortName, kLocalPort);
     EXPECT_STREQ(record->pPrintProcessor, "winprint");
     EXPECT_EQ(record->pSecurityDescriptor, nullptr);
     EXPECT_NE(record->pDevMode, nullptr);

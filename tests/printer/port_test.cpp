@@ -4,7 +4,7 @@
 #include <array>
 #include <cstring>
 
-#include "printer/printer_machine.h"
+#include "support/printer_machine.h"
 
 namespace pikel {
 namespace {

@@ -3,7 +3,7 @@
 #include "printer/delete_printer.h"
 #include "printer/get_printer.h"
 #include "spooler/printer_data.h"
-#include "printer/printer_machine.h"
+#include "support/printer_machine.h"
 #include "printer/set_printer.h"
 
 namespace pikel {

@@ -1,7 +1,7 @@
 // The PnP identity of a printer's driver.
 #include "printer/printer_pnp_data.h"
 
-#include "printer/printer_machine.h"
+#include "support/printer_machine.h"
 
 namespace pikel {
 namespace {

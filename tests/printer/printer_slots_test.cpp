@@ -1,6 +1,6 @@
 // The printer operations as installers call them: through the table, with their statuses and their whole log.
 #include "printer/effective_dev_mode.h"
-#include "printer/printer_machine.h"
+#include "support/printer_machine.h"
 
 namespace pikel {
 namespace {

@@ -8,7 +8,7 @@
 #include "machine/network/shares.h"
 #include "printer/effective_dev_mode.h"
 #include "printer/get_printer.h"
-#include "printer/printer_machine.h"
+#include "support/printer_machine.h"
 
 namespace pikel {
 namespace {

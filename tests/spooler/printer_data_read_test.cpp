@@ -1,7 +1,7 @@
 // Reading the values that a printer keeps outside its level 2 data.
 #include "machine/operations.h"
 #include "spooler/printer_data.h"
-#include "printer/printer_machine.h"
+#include "support/printer_machine.h"
 
 namespace pikel {
 namespace {

@@ -1,7 +1,7 @@
 // Writing the values that a printer keeps outside its level 2 data.
 #include "spooler/printer_data.h"
 
-#include "printer/printer_machine.h"
+#include "support/printer_machine.h"
 
 namespace pikel {
 namespace {

@@ -4,7 +4,7 @@
 #include <cstring>
 
 #include "spooler/printer_data.h"
-#include "printer/printer_machine.h"
+#include "support/printer_machine.h"
 
 namespace pikel {
 namespace {

@@ -2,7 +2,7 @@
 #include "spooler/printer_values.h"
 
 #include "spooler/printer_data.h"
-#include "printer/printer_machine.h"
+#include "support/printer_machine.h"
 
 namespace pikel {
 namespace {

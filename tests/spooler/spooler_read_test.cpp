@@ -4,7 +4,7 @@
 #include <cstring>
 
 #include "machine/desktop/desktop.h"
-#include "printer/printer_machine.h"
+#include "support/printer_machine.h"
 
 namespace pikel {
 namespace {
@@ -206,7 +206,7 @@ TEST_P(SpoolerReadOnEverySystem, ReadsAPrinterAtLevels2And5) {
     HeapBlock level5;
     ASSERT_EQ(GetPrinterInfo(printer.Get(), 5, level5), 0u);
     ASSERT_TRUE(level5);
-    EXPECT_STREQ(static_cast<PRINTER_INFO_5A*>(level5.Get())->pPortName, kPort);
+    EXPECT_STREQ(static_cast<PRINTER_INFO_5A*>(level5.Get())->pPortName, kLocalPort);
 }
 
 TEST_P(SpoolerReadOnEverySystem, ListsEveryPrinter) {

@@ -101,7 +101,10 @@ std::string MakeVersionBlock(const PeVersion& version) {
         children.push_back(Node("VarFileInfo", true, "", 0,
                                 {Node("Translation", false, value, static_cast<std::uint32_t>(value.size()), {})}));
     }
-    const std::string fixedPart(52, '\0');
+    std::string fixedPart(8, '\0');  // VS_FIXEDFILEINFO: dwFileVersionMS and -LS stand behind two other fields
+    Put32(fixedPart, version.fixed.first);
+    Put32(fixedPart, version.fixed.second);
+    fixedPart.resize(52, '\0');
     return Node("VS_VERSION_INFO", false, fixedPart, 52, children);
 }
 

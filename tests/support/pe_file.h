@@ -1,6 +1,7 @@
 // Program files with a version resource, made byte by byte.
 #pragma once
 
+#include <cstdint>
 #include <string>
 #include <utility>
 #include <vector>
@@ -18,6 +19,8 @@ struct PeVersion {
     unsigned codePage = 0x04B0;
     /// Further pairs of language and code page, without texts.
     std::vector<std::pair<unsigned, unsigned>> otherTranslations{};
+    /// The version as numbers, which copies compare: high half and low half.
+    std::pair<std::uint32_t, std::uint32_t> fixed{};
 };
 
 /// A program file with a version resource.

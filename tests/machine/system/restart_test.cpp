@@ -46,6 +46,23 @@ TEST_F(RestartTest, PlacesWhatTheSetupApiLeftOnBothFamilies) {
     }
 }
 
+TEST_F(RestartTest, DeletesByNulInAnyCaseAndByTheWholeNameAlone) {
+    for (const char* target : {"NUL", "nul", "Nul"}) {
+        Start("win98");
+        WriteFileOn(Machine(), "C:\\b", "b");
+        WriteFileOn(Machine(), "C:\\WINDOWS\\wininit.ini", std::string("[Rename]\r\n") + target + "=C:\\b\r\n");
+        const std::vector<simulated::RestartStep> steps = simulated::Restart(Machine());
+        ASSERT_THAT(steps, SizeIs(1)) << target;
+        EXPECT_EQ(steps[0].target, "") << target;
+        EXPECT_EQ(steps[0].code, 0u) << target;
+        EXPECT_FALSE(Machine().Files().Exists("C:\\b")) << target;
+    }
+    WriteFileOn(Machine(), "C:\\b", "b");
+    WriteFileOn(Machine(), "C:\\WINDOWS\\wininit.ini", "[rename]\r\nC:\\nul2=C:\\b\r\n");
+    EXPECT_EQ(simulated::Restart(Machine())[0].target, "C:\\nul2");
+    EXPECT_EQ(ReadFileOn(Machine(), "C:\\nul2"), "b");
+}
+
 TEST_F(RestartTest, TellsAStepThatFailsAndForgetsIt) {
     Start("win98");
     WriteFileOn(Machine(), "C:\\WINDOWS\\wininit.ini",
