@@ -1,4 +1,4 @@
-// A simulated Windows machine. It lives in a folder that a person can read, compare and copy:
+// A simulated Windows machine. It lives in memory, or in a folder that a person can read, compare and copy:
 //
 //   machine.ini    the system's version fields, processor, computer name, code page, rights, restart pending
 //   registry.reg   the registry as text
@@ -27,6 +27,7 @@
 namespace pikel::simulated {
 
 class Desktop;
+class Disk;
 class Files;
 class Modules;
 class Registry;
@@ -38,13 +39,27 @@ class Machine {
     static std::unique_ptr<Machine> Create(const std::filesystem::path& folder, const SystemDescription& system);
     /// Opens a machine. Throws MachineError when a file is missing or damaged; nothing is touched then.
     static std::unique_ptr<Machine> Open(const std::filesystem::path& folder);
+    /// Makes a fresh machine that lies in memory and goes with the object. Throws MachineError for a description that
+    /// machine.ini couldn't hold.
+    static std::unique_ptr<Machine> CreateInMemory(const SystemDescription& system);
+    /// Another machine, in memory and independent of this one: what a process finds that opens a copy of this one's
+    /// folder, with the changes of the registry that wait for a commit. So the system, files and registry are the same;
+    /// what goes with a process starts anew: the clock, handles, heap, services (the automatic ones run), modules and
+    /// windows, rights that were denied, free space, the medium. Of a machine in memory it is cheap, as what is in the
+    /// files is shared until it changes. Throws MachineError for files that can't be read.
+    std::unique_ptr<Machine> Copy() const;
+    /// Writes the machine into a folder that doesn't exist or is empty, for Open; it goes on where it is. Throws
+    /// MachineError, with nothing left of what was made.
+    void SaveTo(const std::filesystem::path& folder) const;
     ~Machine();
     Machine(const Machine&) = delete;
     Machine& operator=(const Machine&) = delete;
 
+    /// Empty for a machine in memory.
     const std::filesystem::path& Folder() const { return m_folder; }
+    bool IsInMemory() const { return m_folder.empty(); }
     const SystemDescription& System() const { return m_system; }
-    /// Writes machine.ini anew.
+    /// Writes machine.ini anew. Throws MachineError.
     void SetSystem(const SystemDescription& system);
     simulated::Generation Generation() const { return GenerationOf(m_system); }
     bool Is9x() const { return m_system.platform == VER_PLATFORM_WIN32_WINDOWS; }
@@ -77,8 +92,9 @@ class Machine {
     DWORD CheckAccess(std::string_view key, REGSAM access) const;
 
   private:
-    Machine(std::filesystem::path folder, SystemDescription system);
+    Machine(std::shared_ptr<Disk> disk, std::filesystem::path folder, SystemDescription system);
 
+    std::shared_ptr<Disk> m_disk;
     std::filesystem::path m_folder;
     SystemDescription m_system;
     simulated::Clock m_clock;
@@ -92,8 +108,8 @@ class Machine {
 };
 
 /// The machine that the operations work on. Without one made current, the machine that PIKEL_MACHINE names is opened on
-/// first use, or else a private xp machine is made in a temporary folder that goes with the process. A PIKEL_MACHINE
-/// that can't be opened ends the process with the reason on standard error: working on another machine would be worse.
+/// first use, or else a private xp machine is made in memory that goes with the process. A PIKEL_MACHINE that can't be
+/// opened ends the process with the reason on standard error: working on another machine would be worse.
 /// PIKEL_MEDIUM names a folder that lies in that machine's drive D: (see Files::InsertMedium).
 Machine& Current();
 /// Makes a machine current; null goes back to the default. The caller keeps it alive.

@@ -1,9 +1,4 @@
-// The machine's files on a folder of the host: what changes them.
-#include <fcntl.h>
-#include <unistd.h>
-
-#include <cerrno>
-
+// The machine's files: what changes them.
 #include "machine/base/machine.h"
 #include "machine/base/text.h"
 #include "machine/files/state.h"
@@ -14,19 +9,6 @@ namespace {
 
 constexpr DWORD kFlagDeleteOnClose = 0x04000000;
 
-DWORD SetOwnerWrite(const std::string& host, const struct stat& status, bool writable) {
-    const mode_t bits = S_IWUSR | S_IWGRP | S_IWOTH;
-    const mode_t mode = writable ? status.st_mode | S_IWUSR : status.st_mode & ~bits;
-    return mode == status.st_mode || chmod(host.c_str(), mode & 07777) == 0 ? ERROR_SUCCESS : CodeOfErrno(errno);
-}
-
-/// A copy has the time of the file it was made from, and its read-only mark.
-DWORD MarkAsCopy(int descriptor, const Place& source) {
-    const timespec times[2] = {source.status.st_mtim, source.status.st_mtim};
-    const bool done = futimens(descriptor, times) == 0 && (!source.IsReadOnly() || fchmod(descriptor, 0444) == 0);
-    return done ? static_cast<DWORD>(ERROR_SUCCESS) : CodeOfErrno(errno);
-}
-
 }  // namespace
 
 DWORD Files::Write(std::string_view path, std::string_view bytes) {
@@ -34,7 +16,8 @@ DWORD Files::Write(std::string_view path, std::string_view bytes) {
     if (place.code == ERROR_PATH_NOT_FOUND && !place.path.names.empty()) {
         MachinePath folder = place.path;
         folder.names.pop_back();
-        const DWORD code = MakeFolders(WindowsPath(m_state->places.Find(std::move(folder), m_state->CodePage()).host));
+        const DWORD code = MakeFolders(m_state->places.WindowsPath(
+            m_state->places.Find(std::move(folder), m_state->CodePage()), m_state->CodePage()));
         if (code != ERROR_SUCCESS) {
             return code == ERROR_ALREADY_EXISTS ? static_cast<DWORD>(ERROR_PATH_NOT_FOUND) : code;
         }
@@ -43,7 +26,7 @@ DWORD Files::Write(std::string_view path, std::string_view bytes) {
     if (const DWORD code = m_state->CheckWrite(place); code != ERROR_SUCCESS) {
         return code;
     }
-    return m_state->FillWith(place, bytes.size(), [bytes](int descriptor) { return WriteAll(descriptor, bytes); });
+    return m_state->FillWith(place, bytes);
 }
 
 DWORD Files::Copy(std::string_view source, std::string_view target, bool failIfExists) {
@@ -64,18 +47,13 @@ DWORD Files::Copy(std::string_view source, std::string_view target, bool failIfE
     if (const DWORD code = m_state->CheckWrite(to); code != ERROR_SUCCESS) {
         return code;
     }
-    const HostFile input = HostFile::Open(from.host, O_RDONLY);
     std::string bytes;
-    if (!input.IsOpen()) {
-        return CodeOfErrno(errno);
-    }
-    if (const DWORD code = ReadAll(input.Get(), &bytes); code != ERROR_SUCCESS) {
+    if (const DWORD code = from.disk->ReadWhole(from.location, &bytes); code != ERROR_SUCCESS) {
         return code;
     }
-    return m_state->FillWith(to, bytes.size(), [&](int descriptor) {
-        const DWORD code = WriteAll(descriptor, bytes);
-        return code == ERROR_SUCCESS ? MarkAsCopy(descriptor, from) : code;
-    });
+    // A copy has the time of the file it was made from, and its read-only mark.
+    const FileMarks marks = {from.entry.written, from.entry.isReadOnly};
+    return m_state->FillWith(to, bytes, &marks);
 }
 
 DWORD Files::Move(std::string_view source, std::string_view target, bool replace) {
@@ -107,19 +85,23 @@ DWORD Files::Move(std::string_view source, std::string_view target, bool replace
         return ERROR_ACCESS_DENIED;
     }
     // The new spelling counts, also of a name that stays the same but for its case.
-    const std::string newHost = to.path.IsRoot() ? to.host : to.HostFolder() + "/" + to.path.names.back();
-    FolderNames::Change leaves(m_state->places.Names(), from.HostFolder());
-    FolderNames::Change comes(m_state->places.Names(), to.HostFolder());
-    if (takesPlace && newHost != to.host && unlink(to.host.c_str()) != 0) {
-        return CodeOfErrno(errno);
+    const std::string location = to.path.IsRoot() ? to.location : to.Folder() + "/" + to.path.names.back();
+    FolderNames::Change leaves(m_state->places.Names(from), from.Folder());
+    FolderNames::Change comes(m_state->places.Names(to), to.Folder());
+    DWORD code = ERROR_SUCCESS;
+    if (takesPlace && location != to.location) {
+        code = to.disk->RemoveFile(to.location);
     }
-    if (rename(from.host.c_str(), newHost.c_str()) != 0) {
-        return CodeOfErrno(errno);
+    if (code == ERROR_SUCCESS) {
+        code = from.disk->Rename(from.location, location);
+    }
+    if (code != ERROR_SUCCESS) {
+        return code;
     }
     comes.Added(to.path.names.back());
-    m_state->open->Rename(from.key, to.key, newHost);
+    m_state->open->Rename(from.key, to.key, location);
     if (takesPlace) {
-        m_state->space->Give(to.Size());
+        m_state->space->Give(to.entry.size);
     }
     return ERROR_SUCCESS;
 }
@@ -156,12 +138,12 @@ DWORD Files::MakeFolder(std::string_view path) {
     if (const DWORD code = m_state->CheckChange(place); code != ERROR_SUCCESS) {
         return code;
     }
-    FolderNames::Change change(m_state->places.Names(), place.HostFolder());
-    if (mkdir(place.host.c_str(), 0755) != 0) {
-        return CodeOfErrno(errno);
+    FolderNames::Change change(m_state->places.Names(place), place.Folder());
+    const DWORD code = place.disk->MakeFolder(place.location);
+    if (code == ERROR_SUCCESS) {
+        change.Added(place.Name());
     }
-    change.Added(place.HostName());
-    return ERROR_SUCCESS;
+    return code;
 }
 
 DWORD Files::MakeFolders(std::string_view path) {
@@ -169,7 +151,7 @@ DWORD Files::MakeFolders(std::string_view path) {
     if (place.Exists()) {
         return place.IsDirectory() ? ERROR_SUCCESS : ERROR_ALREADY_EXISTS;
     }
-    if (place.host.empty()) {
+    if (place.disk == nullptr) {
         return place.code;
     }
     // Nothing is made on a drive that isn't there.
@@ -201,8 +183,8 @@ DWORD Files::RemoveFolder(std::string_view path) {
     if (const DWORD code = m_state->CheckChange(place); code != ERROR_SUCCESS) {
         return code;
     }
-    FolderNames::Change change(m_state->places.Names(), place.HostFolder());
-    return rmdir(place.host.c_str()) == 0 ? ERROR_SUCCESS : CodeOfErrno(errno);
+    FolderNames::Change change(m_state->places.Names(place), place.Folder());
+    return place.disk->RemoveFolder(place.location);
 }
 
 DWORD Files::SetAttributes(std::string_view path, DWORD attributes) {
@@ -215,7 +197,7 @@ DWORD Files::SetAttributes(std::string_view path, DWORD attributes) {
     }
     // The mark means nothing on a folder.
     return place.IsDirectory() ? ERROR_SUCCESS
-                               : SetOwnerWrite(place.host, place.status, (attributes & FILE_ATTRIBUTE_READONLY) == 0);
+                               : place.disk->SetReadOnly(place.location, (attributes & FILE_ATTRIBUTE_READONLY) != 0);
 }
 
 DWORD Files::SetWrittenAt(std::string_view path, FILETIME time) {
@@ -226,8 +208,7 @@ DWORD Files::SetWrittenAt(std::string_view path, FILETIME time) {
     if (const DWORD code = m_state->CheckChange(place); code != ERROR_SUCCESS) {
         return code;
     }
-    const timespec times[2] = {{.tv_sec = 0, .tv_nsec = UTIME_OMIT}, HostTimeOf(time)};
-    return utimensat(AT_FDCWD, place.host.c_str(), times, 0) == 0 ? ERROR_SUCCESS : CodeOfErrno(errno);
+    return place.disk->SetWritten(place.location, time);
 }
 
 DWORD Files::Open(std::string_view path, DWORD access, DWORD share, DWORD disposition, DWORD attributes,
@@ -247,24 +228,28 @@ DWORD Files::Open(std::string_view path, DWORD access, DWORD share, DWORD dispos
     if (place.IsDirectory()) {
         return ERROR_ACCESS_DENIED;
     }
+    const bool deletes = (attributes & kFlagDeleteOnClose) != 0;
+    if (deletes && m_state->places.IsOnMedium(place)) {
+        return ERROR_WRITE_PROTECT;
+    }
     DWORD code = place.code;
-    HostFile file;
+    std::unique_ptr<DiskFile> file;
     if (place.Exists()) {
-        code = m_state->OpenHost(place, rights, share, truncates, &file);
+        code = m_state->OpenThere(place, rights, share, truncates, &file);
         if (code == ERROR_SUCCESS && truncates) {
-            code = SetOwnerWrite(place.host, place.status, (attributes & FILE_ATTRIBUTE_READONLY) == 0);
+            code = place.disk->SetReadOnly(place.location, (attributes & FILE_ATTRIBUTE_READONLY) != 0);
         }
     } else if (creates && place.CanBeMade()) {
-        code = m_state->CreateHost(place, attributes, &file);
+        code = m_state->Create(place, attributes, &file);
     }
     if (code != ERROR_SUCCESS) {
         return code;
     }
     *out = std::make_shared<OpenFile>();
     (*out)->file = std::move(file);
-    (*out)->opening = m_state->open->Add(place.key, place.host, rights, share);
+    (*out)->opening = m_state->open->Add(place.key, place.location, rights, share);
     (*out)->takeSpace = [space = m_state->space](std::uint64_t bytes) { return space->Take(bytes); };
-    if ((attributes & kFlagDeleteOnClose) != 0) {
+    if (deletes) {
         (*out)->opening->DeleteAtEnd();
     }
     return ERROR_SUCCESS;

@@ -1,5 +1,5 @@
-// The machine's files: Windows paths on a folder of the host. Names match without regard to case; share modes are kept
-// for the handles of this process and for files that a test holds open in another process's name.
+// The machine's files: Windows paths on a disk, the host's or one in memory. Names match without regard to case; share
+// modes are kept for the handles of this process and for files that a test holds open in another process's name.
 #pragma once
 
 #include <cstdint>
@@ -16,6 +16,7 @@
 
 namespace pikel::simulated {
 
+class Disk;
 class Machine;
 
 /// What FindFirstFileA tells of one entry.
@@ -28,13 +29,14 @@ struct FileEntry {
 
 class Files {
   public:
-    explicit Files(Machine& machine, std::filesystem::path root);
+    /// @param root  folder of the disk that holds the drives: on the host the machine's, absolute; empty in memory
+    Files(Machine& machine, std::shared_ptr<Disk> disk, const std::filesystem::path& root);
     ~Files();
 
     /// Host path of a Windows path: "C:\x" lies in <root>/C/x. Components that exist match without regard to case; a
     /// path without a drive is taken from the current directory, which is the root of the system drive. Both slashes
-    /// separate. Empty for a path that leaves the machine (".." above the root), a UNC path or a drive that isn't
-    /// there.
+    /// separate. Empty for a path that leaves the machine (".." above the root), a UNC path, a drive that isn't there
+    /// or one in memory.
     std::filesystem::path HostPath(std::string_view path) const;
     /// "C:\Windows\x" for a host path below the root.
     std::string WindowsPath(const std::filesystem::path& host) const;

@@ -1,9 +1,9 @@
-// Names in folders of the host, found without regard to case.
+// Names in folders of a disk, found without regard to case.
 #include "machine/files/folder_names.h"
 
-#include <dirent.h>
+#include <utility>
+#include <vector>
 
-#include "machine/files/host_io.h"
 #include "machine/base/text.h"
 
 namespace pikel::simulated {
@@ -17,28 +17,7 @@ std::string Folded(UINT codePage, std::string_view utf8) {
     return FoldCase(codePage, FromUtf8(codePage, utf8));
 }
 
-bool ChangeTime(const std::string& folder, timespec* time) {
-    struct stat status {};
-    if (stat(folder.c_str(), &status) != 0) {
-        return false;
-    }
-    *time = status.st_mtim;
-    return true;
-}
-
 }  // namespace
-
-std::vector<std::string> NamesIn(const std::string& folder) {
-    std::vector<std::string> names;
-    const std::unique_ptr<DIR, int (*)(DIR*)> directory(opendir(folder.c_str()), closedir);
-    while (const dirent* entry = directory != nullptr ? readdir(directory.get()) : nullptr) {
-        const std::string_view name = entry->d_name;
-        if (name != "." && name != ".." && !PendingFile::IsPendingName(name)) {
-            names.emplace_back(name);
-        }
-    }
-    return names;
-}
 
 std::string FolderNames::Find(const std::string& folder, std::string_view name, UINT codePage) {
     UseCodePage(codePage);
@@ -47,11 +26,11 @@ std::string FolderNames::Find(const std::string& folder, std::string_view name, 
         const auto found = known->names.find(wanted);
         return found != known->names.end() ? found->second : std::string();
     }
-    timespec changed{};
+    FILETIME changed{};
     if (!ChangeTime(folder, &changed)) {
         return {};
     }
-    std::vector<std::string> names = NamesIn(folder);
+    std::vector<std::string> names = m_disk.Names(folder);
     if (names.size() >= kLargeFolder) {
         Folder& large = m_large[folder];
         large.changed = changed;
@@ -75,13 +54,23 @@ FolderNames::Folder* FolderNames::Known(const std::string& folder) {
     if (found == m_large.end()) {
         return nullptr;
     }
-    timespec changed{};
-    const timespec& known = found->second.changed;
-    if (!ChangeTime(folder, &changed) || changed.tv_sec != known.tv_sec || changed.tv_nsec != known.tv_nsec) {
+    FILETIME changed{};
+    const FILETIME& known = found->second.changed;
+    if (!ChangeTime(folder, &changed) || changed.dwLowDateTime != known.dwLowDateTime ||
+        changed.dwHighDateTime != known.dwHighDateTime) {
         m_large.erase(found);
         return nullptr;
     }
     return &found->second;
+}
+
+bool FolderNames::ChangeTime(const std::string& folder, FILETIME* time) const {
+    DiskEntry entry;
+    if (m_disk.Look(folder, &entry) != ERROR_SUCCESS) {
+        return false;
+    }
+    *time = entry.written;
+    return true;
 }
 
 void FolderNames::UseCodePage(UINT codePage) {
@@ -96,7 +85,7 @@ FolderNames::Change::Change(FolderNames& names, std::string_view folder)
 
 FolderNames::Change::~Change() {
     const auto found = m_isKnown ? m_names.m_large.find(m_folder) : m_names.m_large.end();
-    if (found != m_names.m_large.end() && !ChangeTime(m_folder, &found->second.changed)) {
+    if (found != m_names.m_large.end() && !m_names.ChangeTime(m_folder, &found->second.changed)) {
         m_names.m_large.erase(found);
     }
 }

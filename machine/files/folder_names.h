@@ -1,16 +1,11 @@
-// Names in folders of the host, found without regard to case.
+// Names in folders of a disk, found without regard to case.
 #pragma once
 
-#include <sys/stat.h>
-
-#include <map>
-#include <memory>
 #include <string>
 #include <string_view>
 #include <unordered_map>
-#include <utility>
-#include <vector>
 
+#include "machine/files/disk.h"
 #include "platform/types.h"
 
 namespace pikel::simulated {
@@ -19,7 +14,10 @@ namespace pikel::simulated {
 /// names that aren't there don't read the folder each time.
 class FolderNames {
   public:
-    /// The stored spelling of a name (UTF-8) in a folder of the host; empty when no name matches.
+    /// @param disk  whose folders they are; lives longer
+    explicit FolderNames(const Disk& disk) : m_disk(disk) {}
+
+    /// The stored spelling of a name (UTF-8) in a folder; empty when no name matches.
     std::string Find(const std::string& folder, std::string_view name, UINT codePage);
 
     /// A change that the machine itself makes in a folder; without one, a large folder is read anew afterwards.
@@ -39,17 +37,16 @@ class FolderNames {
 
   private:
     struct Folder {
-        timespec changed{};
+        FILETIME changed{};
         std::unordered_map<std::string, std::string> names;  ///< stored spelling by folded name
     };
     Folder* Known(const std::string& folder);
+    bool ChangeTime(const std::string& folder, FILETIME* time) const;
     void UseCodePage(UINT codePage);
 
+    const Disk& m_disk;
     std::unordered_map<std::string, Folder> m_large;
     UINT m_codePage = 0;
 };
-
-/// Names in a host folder, "." and ".." and files in the making not among them. Empty for a folder that can't be read.
-std::vector<std::string> NamesIn(const std::string& folder);
 
 }  // namespace pikel::simulated

@@ -1,7 +1,5 @@
 // The 16-bit style file calls.
-#include <unistd.h>
-
-#include <cerrno>
+#include <cstdint>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -111,9 +109,9 @@ const void* HandleOf(HFILE file) {
 }
 
 /// Null for a number that is no open file. The numbers are handles: those of CreateFileA serve as well.
-const Files::OpenFile* FileOf(HFILE file) {
+Files::OpenFile* FileOf(HFILE file) {
     const Handles& handles = Current().Handles();
-    const auto* legacy = handles.Find<Files::OpenFile>(HandleKind::LegacyFile, HandleOf(file));
+    auto* legacy = handles.Find<Files::OpenFile>(HandleKind::LegacyFile, HandleOf(file));
     return legacy != nullptr ? legacy : handles.Find<Files::OpenFile>(HandleKind::File, HandleOf(file));
 }
 
@@ -143,25 +141,13 @@ HFILE WINAPI OpenFile(LPCSTR lpFileName, LPOFSTRUCT lpReOpenBuff, UINT uStyle) {
 }
 
 UINT WINAPI _lread(HFILE hFile, LPVOID lpBuffer, UINT uBytes) {
-    const Files::OpenFile* file = FileOf(hFile);
+    Files::OpenFile* file = FileOf(hFile);
     if (file == nullptr || !file->MayRead()) {
         return Fail<UINT>(file == nullptr ? ERROR_INVALID_HANDLE : ERROR_ACCESS_DENIED, static_cast<UINT>(HFILE_ERROR));
     }
-    UINT total = 0;
-    while (total < uBytes) {
-        const ssize_t count = read(file->file.Get(), static_cast<char*>(lpBuffer) + total, uBytes - total);
-        if (count < 0 && errno == EINTR) {
-            continue;
-        }
-        if (count < 0) {
-            return Fail<UINT>(CodeOfErrno(errno), static_cast<UINT>(HFILE_ERROR));
-        }
-        if (count == 0) {
-            break;
-        }
-        total += static_cast<UINT>(count);
-    }
-    return total;
+    std::size_t count = 0;
+    const DWORD code = file->Read(static_cast<char*>(lpBuffer), uBytes, &count);
+    return code == ERROR_SUCCESS ? static_cast<UINT>(count) : Fail<UINT>(code, static_cast<UINT>(HFILE_ERROR));
 }
 
 HFILE WINAPI _lclose(HFILE hFile) {

@@ -1,10 +1,7 @@
 // Who holds which file of the machine open, and what each lets others do beside it.
 #include "machine/files/open_files.h"
 
-#include <unistd.h>
-
 #include <algorithm>
-#include <cerrno>
 #include <utility>
 
 namespace pikel::simulated {
@@ -21,7 +18,7 @@ constexpr DWORD kFileExecute = 0x20;
 
 struct OpenFiles::File {
     std::string key;
-    std::string host;
+    std::string location;
     std::vector<const Opening*> openings;
     bool deleteAtEnd = false;
 };
@@ -53,7 +50,7 @@ OpenFiles::Opening::~Opening() {
     }
     m_table->m_files.erase(m_file->key);
     if (m_file->deleteAtEnd) {
-        m_table->remove(m_file->host);
+        m_table->remove(m_file->location);
     }
 }
 
@@ -88,11 +85,11 @@ bool OpenFiles::IsAnyOpenBelow(const std::string& folderKey) const {
     return first != m_files.end() && first->first.starts_with(start);
 }
 
-std::unique_ptr<OpenFiles::Opening> OpenFiles::Add(const std::string& key, const std::string& host, DWORD rights,
+std::unique_ptr<OpenFiles::Opening> OpenFiles::Add(const std::string& key, const std::string& location, DWORD rights,
                                                    DWORD share, bool isLock) {
     std::shared_ptr<File>& file = m_files[key];
     if (file == nullptr) {
-        file = std::make_shared<File>(File{key, host, {}, false});
+        file = std::make_shared<File>(File{key, location, {}, false});
     }
     return std::make_unique<Opening>(shared_from_this(), file, rights, share, isLock);
 }
@@ -101,31 +98,39 @@ void OpenFiles::DeleteAtEnd(const std::string& key) {
     m_files.at(key)->deleteAtEnd = true;
 }
 
-void OpenFiles::Rename(const std::string& key, const std::string& newKey, const std::string& newHost) {
+void OpenFiles::Rename(const std::string& key, const std::string& newKey, const std::string& newLocation) {
     auto node = m_files.extract(key);
     if (node.empty()) {
         return;
     }
     node.key() = newKey;
     node.mapped()->key = newKey;
-    node.mapped()->host = newHost;
+    node.mapped()->location = newLocation;
     m_files.insert(std::move(node));
 }
 
+DWORD Files::OpenFile::Read(char* buffer, std::size_t size, std::size_t* count) {
+    const DWORD code = file->Read(position, buffer, size, count);
+    position += *count;
+    return code;
+}
+
 DWORD Files::OpenFile::Write(std::string_view bytes) {
-    struct stat status {};
-    const off_t position = lseek(file.Get(), 0, SEEK_CUR);
-    if (position < 0 || fstat(file.Get(), &status) != 0) {
-        return CodeOfErrno(errno);
+    DiskEntry entry;
+    if (const DWORD code = file->Look(&entry); code != ERROR_SUCCESS) {
+        return code;
     }
-    const auto end = static_cast<std::uint64_t>(position) + bytes.size();
-    const auto size = static_cast<std::uint64_t>(status.st_size);
-    if (end > size) {
-        if (const DWORD code = takeSpace(end - size); code != ERROR_SUCCESS) {
+    const std::uint64_t end = position + bytes.size();
+    if (end > entry.size) {
+        if (const DWORD code = takeSpace(end - entry.size); code != ERROR_SUCCESS) {
             return code;
         }
     }
-    return WriteAll(file.Get(), bytes);
+    if (const DWORD code = file->Write(position, bytes); code != ERROR_SUCCESS) {
+        return code;
+    }
+    position = end;
+    return ERROR_SUCCESS;
 }
 
 }  // namespace pikel::simulated

@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "machine/files/files.h"
-#include "machine/files/host_io.h"
+#include "machine/files/disk.h"
 #include "platform/types.h"
 
 namespace pikel::simulated {
@@ -47,15 +47,15 @@ class OpenFiles : public std::enable_shared_from_this<OpenFiles> {
     /// True when a file below the folder is open.
     bool IsAnyOpenBelow(const std::string& folderKey) const;
     /// Adds an open without a check.
-    std::unique_ptr<Opening> Add(const std::string& key, const std::string& host, DWORD rights, DWORD share,
+    std::unique_ptr<Opening> Add(const std::string& key, const std::string& location, DWORD rights, DWORD share,
                                  bool isLock = false);
     /// The file goes with the last open of it; until then nobody gets in.
     void DeleteAtEnd(const std::string& key);
     /// An open file got another name.
-    void Rename(const std::string& key, const std::string& newKey, const std::string& newHost);
+    void Rename(const std::string& key, const std::string& newKey, const std::string& newLocation);
 
     /// What is done with a file that has to go with its last open.
-    std::function<void(const std::string& host)> remove;
+    std::function<void(const std::string& location)> remove;
 
   private:
     std::map<std::string, std::shared_ptr<File>> m_files;
@@ -63,14 +63,17 @@ class OpenFiles : public std::enable_shared_from_this<OpenFiles> {
 
 /// A file that a program holds open through a handle.
 struct Files::OpenFile {
-    HostFile file;
+    std::unique_ptr<DiskFile> file;
+    std::uint64_t position = 0;  ///< where the next read or write begins
     std::unique_ptr<OpenFiles::Opening> opening;
     /// What a write must ask for room, in bytes; gives a code. Lasts as long as the file.
     std::function<DWORD(std::uint64_t)> takeSpace;
 
     bool MayRead() const { return (opening->Rights() & FILE_SHARE_READ) != 0; }
     bool MayWrite() const { return (opening->Rights() & FILE_SHARE_WRITE) != 0; }
-    /// Writes at the position; all bytes or none. @return a code
+    /// Reads at the position and goes on by what was read. @return a code
+    DWORD Read(char* buffer, std::size_t size, std::size_t* count);
+    /// Writes at the position and goes on; all bytes or none. @return a code
     DWORD Write(std::string_view bytes);
 };
 

@@ -1,8 +1,4 @@
 // File handles, searches, attributes and folders.
-#include <fcntl.h>
-#include <unistd.h>
-
-#include <cerrno>
 #include <cstring>
 #include <limits>
 #include <memory>
@@ -116,7 +112,7 @@ BOOL WINAPI CloseHandle(HANDLE hObject) {
 }
 
 DWORD WINAPI SetFilePointer(HANDLE hFile, LONG lDistanceToMove, PLONG lpDistanceToMoveHigh, DWORD dwMoveMethod) {
-    const Files::OpenFile* file = FileOf(hFile);
+    Files::OpenFile* file = FileOf(hFile);
     if (file == nullptr) {
         return Fail<DWORD>(ERROR_INVALID_HANDLE, INVALID_SET_FILE_POINTER);
     }
@@ -126,15 +122,16 @@ DWORD WINAPI SetFilePointer(HANDLE hFile, LONG lDistanceToMove, PLONG lpDistance
             ? lDistanceToMove
             : static_cast<std::int64_t>((static_cast<std::uint64_t>(static_cast<DWORD>(*lpDistanceToMoveHigh)) << 32) |
                                         static_cast<DWORD>(lDistanceToMove));
-    struct stat status {};
-    const off_t position = lseek(file->file.Get(), 0, SEEK_CUR);
-    if (dwMoveMethod > FILE_END || position < 0 || fstat(file->file.Get(), &status) != 0) {
-        return Fail<DWORD>(dwMoveMethod > FILE_END ? ERROR_INVALID_PARAMETER : CodeOfErrno(errno),
-                           INVALID_SET_FILE_POINTER);
+    if (dwMoveMethod > FILE_END) {
+        return Fail<DWORD>(ERROR_INVALID_PARAMETER, INVALID_SET_FILE_POINTER);
     }
-    const std::int64_t start = dwMoveMethod == FILE_BEGIN     ? 0
-                               : dwMoveMethod == FILE_CURRENT ? position
-                                                              : status.st_size;
+    DiskEntry entry;
+    if (const DWORD code = file->file->Look(&entry); code != ERROR_SUCCESS) {
+        return Fail<DWORD>(code, INVALID_SET_FILE_POINTER);
+    }
+    const auto start = static_cast<std::int64_t>(dwMoveMethod == FILE_BEGIN     ? 0
+                                                 : dwMoveMethod == FILE_CURRENT ? file->position
+                                                                                : entry.size);
     if (distance > std::numeric_limits<std::int64_t>::max() - start) {
         return Fail<DWORD>(ERROR_INVALID_PARAMETER, INVALID_SET_FILE_POINTER);
     }
@@ -144,9 +141,10 @@ DWORD WINAPI SetFilePointer(HANDLE hFile, LONG lDistanceToMove, PLONG lpDistance
     }
     const auto high = static_cast<DWORD>(static_cast<std::uint64_t>(target) >> 32);
     const auto low = static_cast<DWORD>(target);
-    if ((high != 0 && lpDistanceToMoveHigh == nullptr) || lseek(file->file.Get(), target, SEEK_SET) < 0) {
+    if (high != 0 && lpDistanceToMoveHigh == nullptr) {
         return Fail<DWORD>(ERROR_INVALID_PARAMETER, INVALID_SET_FILE_POINTER);
     }
+    file->position = static_cast<std::uint64_t>(target);
     if (lpDistanceToMoveHigh != nullptr) {
         *lpDistanceToMoveHigh = static_cast<LONG>(high);
     }
@@ -175,14 +173,14 @@ BOOL WINAPI WriteFile(HANDLE hFile, LPCVOID lpBuffer, DWORD nNumberOfBytesToWrit
 BOOL WINAPI GetFileTime(HANDLE hFile, LPFILETIME lpCreationTime, LPFILETIME lpLastAccessTime,
                         LPFILETIME lpLastWriteTime) {
     const Files::OpenFile* file = FileOf(hFile);
-    struct stat status {};
-    if (file == nullptr || fstat(file->file.Get(), &status) != 0) {
+    DiskEntry entry;
+    if (file == nullptr || file->file->Look(&entry) != ERROR_SUCCESS) {
         return Fail(ERROR_INVALID_HANDLE, FALSE);
     }
-    // The host keeps no time of creation; the last write stands for all three.
+    // A disk keeps no time of creation; the last write stands for all three.
     for (LPFILETIME time : {lpCreationTime, lpLastAccessTime, lpLastWriteTime}) {
         if (time != nullptr) {
-            *time = FileTimeOf(status.st_mtim);
+            *time = entry.written;
         }
     }
     return TRUE;

@@ -1,11 +1,7 @@
 // What the class Files keeps, and the steps that its operations share.
 #include "machine/files/state.h"
 
-#include <fcntl.h>
-#include <unistd.h>
-
 #include <algorithm>
-#include <cerrno>
 
 #include "machine/base/machine.h"
 
@@ -35,11 +31,12 @@ DWORD FreeSpace::Change(std::uint64_t from, std::uint64_t to) {
     return ERROR_SUCCESS;
 }
 
-Files::State::State(Machine& owner, std::string root) : machine(owner), places(std::move(root)) {
-    open->remove = [space = space](const std::string& host) {
-        struct stat status {};
-        if (stat(host.c_str(), &status) == 0 && unlink(host.c_str()) == 0) {
-            space->Give(static_cast<std::uint64_t>(status.st_size));
+Files::State::State(Machine& owner, std::shared_ptr<Disk> disk, std::string root)
+    : machine(owner), places(disk, std::move(root)) {
+    open->remove = [disk, space = space](const std::string& location) {
+        DiskEntry entry;
+        if (disk->Look(location, &entry) == ERROR_SUCCESS && disk->RemoveFile(location) == ERROR_SUCCESS) {
+            space->Give(entry.size);
         }
     };
 }
@@ -75,7 +72,7 @@ DWORD Files::State::CheckAccess(const Place& place, DWORD rights, DWORD share) c
     }
     // What is loaded is read: nobody writes or deletes it, or keeps readers out.
     const bool meetsReader = changes || (rights != 0 && (share & FILE_SHARE_READ) == 0);
-    if (meetsReader && isLoaded && place.Exists() && isLoaded(places.WindowsPath(place.host, CodePage()))) {
+    if (meetsReader && isLoaded && place.Exists() && isLoaded(places.WindowsPath(place, CodePage()))) {
         return ERROR_SHARING_VIOLATION;
     }
     return open->Check(place.key, rights, share);
@@ -92,78 +89,71 @@ DWORD Files::State::CheckWrite(const Place& place) const {
                                : CheckAccess(place, FILE_SHARE_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE);
 }
 
-DWORD Files::State::Fill(const Place& place, const std::function<DWORD(int descriptor)>& write) {
+DWORD Files::State::Fill(const Place& place, std::string_view bytes, const FileMarks* marks) {
     if (open->IsOpen(place.key)) {
-        const HostFile file = HostFile::Open(place.host, O_RDWR | O_TRUNC);
-        return file.IsOpen() ? write(file.Get()) : CodeOfErrno(errno);
+        std::unique_ptr<DiskFile> file;
+        DWORD code = place.disk->Open(place.location, DiskOpening::Truncate, false, &file);
+        if (code == ERROR_SUCCESS) {
+            code = file->Write(0, bytes);
+        }
+        return code == ERROR_SUCCESS && marks != nullptr ? file->Mark(*marks) : code;
     }
-    const std::string folder = place.HostFolder();
-    FolderNames::Change change(places.Names(), folder);
-    PendingFile pending(folder);
-    DWORD code = pending.Code();
+    FolderNames::Change change(places.Names(place), place.Folder());
+    const DWORD code = place.disk->Replace(place.location, bytes, marks);
     if (code == ERROR_SUCCESS) {
-        code = write(pending.Descriptor());
-    }
-    if (code == ERROR_SUCCESS) {
-        code = pending.Replace(place.host);
-    }
-    if (code == ERROR_SUCCESS) {
-        change.Added(place.HostName());
+        change.Added(place.Name());
     }
     return code;
 }
 
-DWORD Files::State::FillWith(const Place& place, std::uint64_t size,
-                             const std::function<DWORD(int descriptor)>& write) {
-    const std::uint64_t oldSize = place.Exists() ? place.Size() : 0;
-    DWORD code = space->Change(oldSize, size);
+DWORD Files::State::FillWith(const Place& place, std::string_view bytes, const FileMarks* marks) {
+    const std::uint64_t oldSize = place.Exists() ? place.entry.size : 0;
+    DWORD code = space->Change(oldSize, bytes.size());
     if (code != ERROR_SUCCESS) {
         return code;
     }
-    code = Fill(place, write);
+    code = Fill(place, bytes, marks);
     if (code != ERROR_SUCCESS) {
-        space->Change(size, oldSize);
+        space->Change(bytes.size(), oldSize);
     }
     return code;
 }
 
 DWORD Files::State::Remove(const Place& place) {
-    FolderNames::Change change(places.Names(), place.HostFolder());
-    if (unlink(place.host.c_str()) != 0) {
-        return CodeOfErrno(errno);
+    FolderNames::Change change(places.Names(place), place.Folder());
+    const DWORD code = place.disk->RemoveFile(place.location);
+    if (code == ERROR_SUCCESS) {
+        space->Give(place.entry.size);
     }
-    space->Give(place.Size());
-    return ERROR_SUCCESS;
+    return code;
 }
 
-DWORD Files::State::OpenHost(const Place& place, DWORD rights, DWORD share, bool truncate, HostFile* file) {
+DWORD Files::State::OpenThere(const Place& place, DWORD rights, DWORD share, bool truncate,
+                              std::unique_ptr<DiskFile>* file) {
     const DWORD needed = truncate ? rights | FILE_SHARE_WRITE : rights;
     if (const DWORD code = CheckAccess(place, needed, share); code != ERROR_SUCCESS) {
         return code;
     }
     const bool writes = (needed & FILE_SHARE_WRITE) != 0;
-    *file = HostFile::Open(place.host, (writes ? O_RDWR : O_RDONLY) | (truncate ? O_TRUNC : 0));
-    if (!file->IsOpen()) {
-        return CodeOfErrno(errno);
+    const DiskOpening how = truncate ? DiskOpening::Truncate : writes ? DiskOpening::Write : DiskOpening::Read;
+    const DWORD code = place.disk->Open(place.location, how, false, file);
+    if (code == ERROR_SUCCESS && truncate) {
+        space->Give(place.entry.size);
     }
-    if (truncate) {
-        space->Give(place.Size());
-    }
-    return ERROR_SUCCESS;
+    return code;
 }
 
-DWORD Files::State::CreateHost(const Place& place, DWORD attributes, HostFile* file) {
+DWORD Files::State::Create(const Place& place, DWORD attributes, std::unique_ptr<DiskFile>* file) {
     if (const DWORD code = CheckWrite(place); code != ERROR_SUCCESS) {
         return code;
     }
-    FolderNames::Change change(places.Names(), place.HostFolder());
-    const mode_t mode = (attributes & FILE_ATTRIBUTE_READONLY) != 0 ? 0444 : 0644;
-    *file = HostFile::Open(place.host, O_RDWR | O_CREAT | O_EXCL, mode);
-    if (!file->IsOpen()) {
-        return CodeOfErrno(errno);
+    FolderNames::Change change(places.Names(place), place.Folder());
+    const bool readOnly = (attributes & FILE_ATTRIBUTE_READONLY) != 0;
+    const DWORD code = place.disk->Open(place.location, DiskOpening::Create, readOnly, file);
+    if (code == ERROR_SUCCESS) {
+        change.Added(place.Name());
     }
-    change.Added(place.HostName());
-    return ERROR_SUCCESS;
+    return code;
 }
 
 }  // namespace pikel::simulated

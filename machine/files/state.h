@@ -10,8 +10,8 @@
 #include <vector>
 
 #include "machine/files/files.h"
-#include "machine/files/host_places.h"
 #include "machine/files/open_files.h"
+#include "machine/files/places.h"
 
 namespace pikel::simulated {
 
@@ -34,14 +34,14 @@ class FreeSpace {
 
 struct Files::State {
     Machine& machine;
-    HostPlaces places;
+    Places places;
     std::vector<std::string> denied;  ///< keys of paths
     std::function<bool(std::string_view path)> isLoaded;
     // Shared with the open files, which may outlive this object.
     std::shared_ptr<OpenFiles> open = std::make_shared<OpenFiles>();
     std::shared_ptr<FreeSpace> space = std::make_shared<FreeSpace>();
 
-    State(Machine& owner, std::string root);
+    State(Machine& owner, std::shared_ptr<Disk> disk, std::string root);
 
     UINT CodePage() const;
     MachinePath Parse(std::string_view path) const;
@@ -55,18 +55,17 @@ struct Files::State {
     /// What replacing or making a file meets.
     DWORD CheckWrite(const Place& place) const;
 
-    /// Gives a file its whole content, by a function that writes it and gives a code. Others see the old file or the
-    /// new one; a file that somebody has open and shares for writing is written in place, as its holder has to see the
-    /// change.
-    DWORD Fill(const Place& place, const std::function<DWORD(int descriptor)>& write);
+    /// Gives a file its whole content. Others see the old file or the new one; a file that somebody has open and shares
+    /// for writing is written in place, as its holder has to see the change. @param marks  may be null
+    DWORD Fill(const Place& place, std::string_view bytes, const FileMarks* marks);
     /// Fill, with the room on the drive accounted for.
-    DWORD FillWith(const Place& place, std::uint64_t size, const std::function<DWORD(int descriptor)>& write);
+    DWORD FillWith(const Place& place, std::string_view bytes, const FileMarks* marks = nullptr);
     /// Takes a file away that nobody has open.
     DWORD Remove(const Place& place);
     /// Opens a file that is there, by the rules of access and sharing. @return a code
-    DWORD OpenHost(const Place& place, DWORD rights, DWORD share, bool truncate, HostFile* file);
+    DWORD OpenThere(const Place& place, DWORD rights, DWORD share, bool truncate, std::unique_ptr<DiskFile>* file);
     /// Makes a file that isn't there, likewise.
-    DWORD CreateHost(const Place& place, DWORD attributes, HostFile* file);
+    DWORD Create(const Place& place, DWORD attributes, std::unique_ptr<DiskFile>* file);
 };
 
 }  // namespace pikel::simulated

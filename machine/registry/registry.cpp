@@ -62,6 +62,17 @@ std::string_view RegistryRootName(std::string_view name) {
     return {};
 }
 
+RegistryNode RegistryNode::Copy() const {
+    RegistryNode copy;
+    copy.name = name;
+    copy.id = id;
+    copy.values = values;
+    for (const auto& [folded, child] : keys) {
+        copy.keys.emplace_hint(copy.keys.end(), folded, std::make_unique<RegistryNode>(child->Copy()));
+    }
+    return copy;
+}
+
 // ---- RegistryTree ---------------------------------------------------------------------------------------------------
 
 RegistryTree::RegistryTree(UINT page, std::uint64_t firstId) : codePage(page), nextId(firstId) {
@@ -162,6 +173,13 @@ std::string Registry::Parse(std::string_view text) {
         m_tree->isDirty = false;
     }
     return problem;
+}
+
+void Registry::CopyFrom(const Registry& other) {
+    auto fresh = std::make_unique<RegistryTree>(other.m_tree->codePage, std::max(m_tree->nextId, other.m_tree->nextId));
+    fresh->root = other.m_tree->root.Copy();
+    fresh->isDirty = false;
+    m_tree = std::move(fresh);
 }
 
 std::string Registry::SetCodePage(UINT codePage) {

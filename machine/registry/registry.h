@@ -47,6 +47,8 @@ class Registry {
     /// Takes .reg text in the place of all that is there.
     /// @return an empty text, or what is wrong and in which line; the registry is unchanged then
     std::string Parse(std::string_view text);
+    /// Takes all that another registry holds in the place of what is there. Denials don't come along.
+    void CopyFrom(const Registry& other);
     /// Keeps names and texts as characters, in another code page from now on. Key numbers don't survive.
     /// @return as Parse; a character that the page lacks is a problem, and nothing changes then
     std::string SetCodePage(UINT codePage);

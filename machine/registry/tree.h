@@ -52,6 +52,9 @@ struct RegistryNode {
     Keys keys;  ///< by folded name, like the values
     Values values;
     mutable EnumerationCursor<Values> cursor;
+
+    /// With all keys below it.
+    RegistryNode Copy() const;
 };
 
 struct RegistryTree {

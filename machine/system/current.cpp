@@ -4,15 +4,12 @@
 #include <cstdio>
 #include <cstdlib>
 #include <memory>
-#include <system_error>
 
 #include "machine/base/machine.h"
 #include "machine/files/files.h"
 #include "machine/system/systems.h"
 
 namespace pikel::simulated {
-
-namespace fs = std::filesystem;
 
 namespace {
 
@@ -26,18 +23,11 @@ class DefaultMachine {
         if (named != nullptr && *named != '\0') {
             m_machine = Machine::Open(named);
         } else {
-            MakePrivate();
+            m_machine = Machine::CreateInMemory(*FindSystem("xp"));
         }
         const char* medium = std::getenv("PIKEL_MEDIUM");
         if (medium != nullptr && *medium != '\0') {
             m_machine->Files().InsertMedium(medium);
-        }
-    }
-    ~DefaultMachine() {
-        m_machine.reset();
-        if (!m_private.empty()) {
-            std::error_code ignored;
-            fs::remove_all(m_private, ignored);
         }
     }
     DefaultMachine(const DefaultMachine&) = delete;
@@ -46,18 +36,6 @@ class DefaultMachine {
     Machine& Get() { return *m_machine; }
 
   private:
-    void MakePrivate() {
-        std::error_code error;
-        fs::path pattern = fs::temp_directory_path(error) / "pikel-machine-XXXXXX";
-        std::string folder = pattern.string();
-        if (error || mkdtemp(folder.data()) == nullptr) {
-            throw MachineError("can't make a folder like " + pattern.string() + " for a private machine");
-        }
-        m_private = folder;
-        m_machine = Machine::Create(m_private, *FindSystem("xp"));
-    }
-
-    fs::path m_private;
     std::unique_ptr<Machine> m_machine;
 };
 

@@ -2,18 +2,16 @@
 // installation and the services touch, each where that family of Windows keeps it.
 #include "machine/system/fresh_machine.h"
 
+#include <algorithm>
 #include <array>
 #include <string>
 #include <vector>
 
 #include "machine/base/text.h"
-#include "machine/files/host_file.h"
+#include "machine/files/disk.h"
 #include "machine/registry/registry.h"
-#include "machine/system/machine_ini.h"
 
 namespace pikel::simulated {
-
-namespace fs = std::filesystem;
 
 namespace {
 
@@ -54,12 +52,12 @@ std::string EmptyLibrary(DWORD processorType) {
 
 class FreshMachine {
   public:
-    FreshMachine(const fs::path& folder, const SystemDescription& system)
-        : m_folder(folder),
+    FreshMachine(Disk& disk, Registry& registry, const SystemDescription& system)
+        : m_disk(disk),
           m_system(system),
           m_generation(GenerationOf(system)),
           m_is9x(system.platform == VER_PLATFORM_WIN32_WINDOWS),
-          m_registry(system.codePage) {}
+          m_registry(registry) {}
 
     void Fill() {
         MakeCommonFolders();
@@ -74,28 +72,30 @@ class FreshMachine {
         MakeColour();
         WriteWinIni();
         PutFile("C:\\Program Files\\pikel\\pikel.dll", EmptyLibrary(m_system.processorType));
-        ReplaceHostFile(m_folder / "registry.reg", m_registry.Text());
-        // Comes last: a folder without it is no machine, so one that was made by halves can't be opened.
-        ReplaceHostFile(m_folder / "machine.ini", WriteMachineIni(m_system));
     }
 
   private:
     // ---- places ----
 
-    fs::path Host(std::string_view path) const {
-        fs::path host = m_folder / std::string(1, static_cast<char>(path[0] & ~0x20));
-        std::string rest = ToUtf8(m_system.codePage, path.substr(3));
-        for (std::size_t start = 0; start <= rest.size();) {
-            std::size_t end = std::min(rest.find('\\', start), rest.size());
-            host /= rest.substr(start, end - start);
-            start = end + 1;
-        }
-        return host;
+    /// A path on the disk, from one of Windows.
+    std::string OnDisk(std::string_view path) const {
+        std::string place = {'/', static_cast<char>(path[0] & ~0x20), '/'};
+        place += ToUtf8(m_system.codePage, path.substr(3));
+        std::ranges::replace(place, '\\', '/');
+        return place;
     }
-    void MakeFolder(const std::string& path) { fs::create_directories(Host(path)); }
+    /// A folder and those on the way to it. Nothing fails on a fresh disk but the memory.
+    void MakeFolder(const std::string& path) { MakeFolderAt(OnDisk(path)); }
+    void MakeFolderAt(const std::string& place) {
+        if (!place.empty() && m_disk.Look(place, nullptr) != ERROR_SUCCESS) {
+            MakeFolderAt(place.substr(0, place.rfind('/')));
+            m_disk.MakeFolder(place);
+        }
+    }
     void PutFile(const std::string& path, std::string_view bytes) {
-        fs::create_directories(Host(path).parent_path());
-        ReplaceHostFile(Host(path), bytes);
+        const std::string place = OnDisk(path);
+        MakeFolderAt(place.substr(0, place.rfind('/')));
+        m_disk.Replace(place, bytes, nullptr);
     }
     std::string InWindows(std::string_view rest) const { return m_system.windowsDirectory + "\\" + std::string(rest); }
     std::string InSystem(std::string_view rest) const { return m_system.systemDirectory + "\\" + std::string(rest); }
@@ -354,17 +354,17 @@ class FreshMachine {
         PutFile(InWindows("win.ini"), text);
     }
 
-    const fs::path& m_folder;
+    Disk& m_disk;
     const SystemDescription& m_system;
     Generation m_generation;
     bool m_is9x;
-    Registry m_registry;
+    Registry& m_registry;
 };
 
 }  // namespace
 
-void FillFreshMachine(const fs::path& folder, const SystemDescription& system) {
-    FreshMachine(folder, system).Fill();
+void FillFreshMachine(Disk& disk, Registry& registry, const SystemDescription& system) {
+    FreshMachine(disk, registry, system).Fill();
 }
 
 }  // namespace pikel::simulated

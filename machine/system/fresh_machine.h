@@ -1,14 +1,14 @@
 // What a machine of a system holds when it comes fresh from its installation: folders, a few files, the registry.
 #pragma once
 
-#include <filesystem>
-
 #include "machine/base/system_description.h"
 
 namespace pikel::simulated {
 
-/// Puts drive, registry.reg and, as the last one, machine.ini into a folder that is there and empty. Throws
-/// MachineError and std::filesystem::filesystem_error.
-void FillFreshMachine(const std::filesystem::path& folder, const SystemDescription& system);
+class Disk;
+class Registry;
+
+/// Puts the drive on an empty disk and the keys into an empty registry.
+void FillFreshMachine(Disk& disk, Registry& registry, const SystemDescription& system);
 
 }  // namespace pikel::simulated

@@ -1,9 +1,5 @@
 // Every platform call of an operation fails in turn, once and from then on, and every heap allocation too. Whatever
 // fails, a clear code comes back, nothing stays open and nothing crashes.
-#include <stdlib.h>
-
-#include <filesystem>
-#include <fstream>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -175,25 +171,19 @@ bool IsTried(const Operation& operation, std::string_view system) {
 /// The machine on which an operation's steps are done, for as long as the operation is under test.
 class PreparedMachine {
   public:
-    PreparedMachine(const std::string& system, const Operation& operation)
-        : m_system(system), m_operation(operation), m_folder(MakeFolder()) {
+    PreparedMachine(const std::string& system, const Operation& operation) : m_system(system), m_operation(operation) {
         Road road(system);
         for (const Step& step : operation.onMachine) {
             EXPECT_EQ(step(road), 0u) << operation.name << " on " << system << " could not be prepared";
         }
-        road.Test()->Commit();
-        std::filesystem::copy(road.Test()->Folder(), m_folder / "machine", std::filesystem::copy_options::recursive);
-    }
-    ~PreparedMachine() {
-        std::error_code ignored;
-        std::filesystem::remove_all(m_folder, ignored);
+        m_machine = road.Test()->Copy();
     }
     PreparedMachine(const PreparedMachine&) = delete;
     PreparedMachine& operator=(const PreparedMachine&) = delete;
 
     /// A copy of it, with what the operation needs in memory.
     std::unique_ptr<Road> Copy() const {
-        auto road = std::make_unique<Road>(m_system, CopyOf{m_folder / "machine"});
+        auto road = std::make_unique<Road>(m_system, CopyOf{*m_machine});
         for (const Step& step : m_operation.inMemory) {
             EXPECT_EQ(step(*road), 0u) << m_operation.name << " on " << m_system << " could not be prepared";
         }
@@ -202,14 +192,9 @@ class PreparedMachine {
     }
 
   private:
-    static std::filesystem::path MakeFolder() {
-        std::string pattern = (std::filesystem::temp_directory_path() / "pikel-faults-XXXXXX").string();
-        return mkdtemp(pattern.data());
-    }
-
     std::string m_system;
     const Operation& m_operation;
-    std::filesystem::path m_folder;
+    std::unique_ptr<simulated::Machine> m_machine;
 };
 
 /// Codes that an operation may give when a platform call fails: none (the step doesn't count), the code of the call, or

@@ -2,7 +2,6 @@
 #include "printer/set_printer.h"
 
 #include <cstring>
-#include <fstream>
 #include <iterator>
 
 #include "machine/operations.h"
@@ -301,8 +300,7 @@ TEST_P(SetPrinterOnEverySystem, RecordThatWasReadWritesBackUnchanged) {
     ASSERT_EQ(DoGetPrinter("P1", &record), 0u);
     const auto registry = [&] {
         Machine().Commit();
-        std::ifstream file(Machine().Folder() / "registry.reg", std::ios::binary);
-        return std::string(std::istreambuf_iterator<char>(file), {});
+        return Machine().Registry().Text();
     };
     const std::string before = registry();
     EXPECT_EQ(DoSetPrinter("P1", record), 0u);

@@ -4,6 +4,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <map>
 
 #include "frame/log.h"
 #include "frame/os_identity.h"
@@ -15,7 +16,7 @@ namespace {
 constexpr char kLogPath[] = "C:\\test.log";
 
 std::filesystem::path MakeTemporaryFolder() {
-    // A machine is a hundred small folders and files: in memory, where the host has room for them there.
+    // A machine is a hundred small folders and files: in the host's memory, where it has room for them there.
     std::filesystem::path parent = "/dev/shm";
     if (access(parent.c_str(), W_OK) != 0) {
         parent = std::filesystem::temp_directory_path();
@@ -35,6 +36,16 @@ const simulated::SystemDescription& SystemNamed(std::string_view name) {
     return *system;
 }
 
+/// Machines of every system that came up so far, fresh: a test's own is a copy.
+const simulated::Machine& FreshMachine(const simulated::SystemDescription& system) {
+    static std::map<std::string, std::unique_ptr<simulated::Machine>> machines;
+    std::unique_ptr<simulated::Machine>& machine = machines[system.name];
+    if (machine == nullptr) {
+        machine = simulated::Machine::CreateInMemory(system);
+    }
+    return *machine;
+}
+
 }  // namespace
 
 const std::vector<std::string>& EverySystem() {
@@ -43,25 +54,33 @@ const std::vector<std::string>& EverySystem() {
     return systems;
 }
 
-TestMachine::TestMachine(std::string_view system) {
-    Start(SystemNamed(system));
-}
-
-TestMachine::TestMachine(const simulated::SystemDescription& system) {
-    Start(system);
-}
-
-TestMachine::TestMachine(const CopyOf& machine) {
-    m_folder = MakeTemporaryFolder();
-    std::filesystem::copy(machine.folder, m_folder / "machine", std::filesystem::copy_options::recursive);
-    m_machine = simulated::Machine::Open(m_folder / "machine");
+TestMachine::TestMachine(std::string_view system, Lies where) {
+    const simulated::Machine& fresh = FreshMachine(SystemNamed(system));
+    if (where == Lies::InMemory) {
+        m_machine = fresh.Copy();
+    } else {
+        fresh.SaveTo(Folder());
+        m_machine = simulated::Machine::Open(Folder());
+    }
     MakeCurrent();
 }
 
-void TestMachine::Start(const simulated::SystemDescription& system) {
-    m_folder = MakeTemporaryFolder();
-    m_machine = simulated::Machine::Create(m_folder / "machine", system);
+TestMachine::TestMachine(const simulated::SystemDescription& system, Lies where)
+    : m_machine(where == Lies::InMemory ? simulated::Machine::CreateInMemory(system)
+                                        : simulated::Machine::Create(Folder(), system)) {
     MakeCurrent();
+}
+
+TestMachine::TestMachine(const CopyOf& original) : m_machine(original.machine.Copy()) {
+    MakeCurrent();
+}
+
+/// The machine's folder, in a temporary one that goes with the test.
+std::filesystem::path TestMachine::Folder() {
+    if (m_folder.empty()) {
+        m_folder = MakeTemporaryFolder();
+    }
+    return m_folder / "machine";
 }
 
 void TestMachine::MakeCurrent() {
@@ -85,14 +104,20 @@ TestMachine::~TestMachine() {
     SetPlatform(NativePlatform());
     simulated::Use(nullptr);
     m_machine.reset();
-    std::error_code ignored;
-    std::filesystem::remove_all(m_folder, ignored);
+    if (!m_folder.empty()) {
+        std::error_code ignored;
+        std::filesystem::remove_all(m_folder, ignored);
+    }
 }
 
 void TestMachine::Reopen() {
+    EXPECT_FALSE(m_machine->Registry().IsDirty()) << "a change of the registry was not committed";
     simulated::Use(nullptr);
+    if (m_machine->IsInMemory()) {
+        m_machine->SaveTo(Folder());
+    }
     m_machine.reset();
-    m_machine = simulated::Machine::Open(m_folder / "machine");
+    m_machine = simulated::Machine::Open(Folder());
     simulated::Use(m_machine.get());
     ForgetSystemRecords();
 }

@@ -1,5 +1,6 @@
-// Fixture for tests that run the library on a simulated machine. Each test gets a machine of its own in a temporary
-// folder, with the trace and fault shims on the platform table; it ends with nothing open and nothing misused.
+// Fixture for tests that run the library on a simulated machine. Each test gets a machine of its own in memory, with
+// the trace and fault shims on the platform table; it ends with nothing open and nothing misused. A test that looks at
+// the machine's folder from outside says so, with Lies::InAFolder.
 #pragma once
 
 #include <gmock/gmock.h>
@@ -27,9 +28,12 @@ namespace pikel::testing_support {
 /// xp-x64, vista, vista-ia64, vista-x64, other.
 const std::vector<std::string>& EverySystem();
 
-/// The folder of a machine of which a test works on a copy.
+/// Where a test's machine lies: in memory, or in a temporary folder of the host.
+enum class Lies { InMemory, InAFolder };
+
+/// A machine of which a test works on a copy.
 struct CopyOf {
-    std::filesystem::path folder;
+    const simulated::Machine& machine;
 };
 
 /// A machine that is current from Start to Stop. For tests that go through several systems.
@@ -37,9 +41,9 @@ class TestMachine {
   public:
     /// Makes a fresh machine for a system ("xp"), makes it current, forgets what the library knew of the last one,
     /// turns the log off and clears trace and faults.
-    explicit TestMachine(std::string_view system = "xp");
-    explicit TestMachine(const simulated::SystemDescription& system);
-    explicit TestMachine(const CopyOf& machine);
+    explicit TestMachine(std::string_view system = "xp", Lies where = Lies::InMemory);
+    explicit TestMachine(const simulated::SystemDescription& system, Lies where = Lies::InMemory);
+    explicit TestMachine(const CopyOf& original);
     /// Expects that nothing is open and nothing was misused, and takes the folder away.
     ~TestMachine();
     TestMachine(const TestMachine&) = delete;
@@ -48,7 +52,8 @@ class TestMachine {
     simulated::Machine& operator*() { return *m_machine; }
     simulated::Machine* operator->() { return m_machine.get(); }
 
-    /// Closes the machine and opens its folder again, as a new process would.
+    /// Closes the machine and opens its folder again, as a new process would. A machine in memory is written into a
+    /// folder for that, and lies there from then on. Expects that nothing waits for a commit.
     void Reopen();
 
     /// Turns the log on (2: detail level). Lines go to a file of the machine.
@@ -65,8 +70,8 @@ class TestMachine {
     void AllowOpen() { m_checkAtEnd = false; }
 
   private:
-    void Start(const simulated::SystemDescription& system);
     void MakeCurrent();
+    std::filesystem::path Folder();
 
     std::filesystem::path m_folder;
     std::unique_ptr<simulated::Machine> m_machine;
@@ -77,10 +82,11 @@ class TestMachine {
 /// Fixture with one xp machine; Start makes another in its place.
 class MachineTest : public ::testing::Test {
   protected:
-    explicit MachineTest(std::string_view system = "xp") : m_test(std::make_unique<TestMachine>(system)) {}
-    void Start(std::string_view system) {
+    explicit MachineTest(std::string_view system = "xp", Lies where = Lies::InMemory)
+        : m_test(std::make_unique<TestMachine>(system, where)) {}
+    void Start(std::string_view system, Lies where = Lies::InMemory) {
         m_test.reset();
-        m_test = std::make_unique<TestMachine>(system);
+        m_test = std::make_unique<TestMachine>(system, where);
     }
     TestMachine& Test() { return *m_test; }
     simulated::Machine& Machine() { return **m_test; }
@@ -92,7 +98,7 @@ class MachineTest : public ::testing::Test {
 /// Fixture for tests that hold on every system: TEST_P with INSTANTIATE_ON_EVERY_SYSTEM.
 class EverySystemTest : public MachineTest, public ::testing::WithParamInterface<std::string> {
   protected:
-    EverySystemTest() : MachineTest(GetParam()) {}
+    explicit EverySystemTest(Lies where = Lies::InMemory) : MachineTest(GetParam(), where) {}
 };
 
 #define INSTANTIATE_ON_EVERY_SYSTEM(fixture)                                                                 \

@@ -168,6 +168,7 @@ TEST_F(Cabinet, FullDiskAndRefusedFolderComeBack) {
 }
 
 TEST_F(Cabinet, NeverLeadsOutOfTheMachine) {
+    Start("xp", Lies::InAFolder);
     // The name is patched in the file: the writer itself would refuse it.
     std::string cabinet = MakeCabinet({{"aaaaaaaaaaaa.txt", "first"}});
     const std::size_t name = cabinet.find("aaaaaaaaaaaa.txt");

@@ -1,19 +1,17 @@
 // An installation and its removal, by the direct route and through the Print UI: nothing stays on the machine but what
 // no operation takes away, and every call of a removal comes in its order.
 #include <algorithm>
-#include <fstream>
-#include <iterator>
 #include <map>
 #include <sstream>
 
 #include "machine/operations.h"
+#include "machine/system/machine_ini.h"
 #include "support/sample_road.h"
 #include "support/spooler_setup.h"
 
 namespace pikel::testing_support {
 namespace {
 
-namespace fs = std::filesystem;
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 
@@ -21,11 +19,6 @@ using ::testing::IsEmpty;
 
 /// Files by path with their bytes, registry values by key and name with their text, keys alone.
 using Inventory = std::map<std::string, std::string>;
-
-std::string ReadHost(const fs::path& path) {
-    std::ifstream file(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), {}};
-}
 
 /// "[KEY]" and "[KEY] "name"" for each key and value of a .reg text.
 void TakeRegistry(const std::string& text, Inventory& inventory) {
@@ -49,17 +42,24 @@ void TakeRegistry(const std::string& text, Inventory& inventory) {
     }
 }
 
+/// "C/Windows/win.ini" and its like, below a folder of the machine.
+void TakeFiles(simulated::Machine& machine, const std::string& folder, const std::string& below, Inventory& inventory) {
+    for (const simulated::FileEntry& entry : machine.Files().List(folder + "\\")) {
+        const std::string path = folder + "\\" + entry.name;
+        const bool isFolder = (entry.attributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
+        inventory[below + "/" + entry.name] = isFolder ? "folder" : ReadFileOn(machine, path);
+        if (isFolder) {
+            TakeFiles(machine, path, below + "/" + entry.name, inventory);
+        }
+    }
+}
+
 Inventory Take(simulated::Machine& machine) {
     machine.Commit();
     Inventory inventory;
-    for (const fs::directory_entry& entry : fs::recursive_directory_iterator(machine.Folder())) {
-        const std::string path = entry.path().lexically_relative(machine.Folder()).string();
-        if (path == "registry.reg") {
-            TakeRegistry(ReadHost(entry.path()), inventory);
-        } else {
-            inventory[path] = entry.is_regular_file() ? ReadHost(entry.path()) : "folder";
-        }
-    }
+    TakeRegistry(machine.Registry().Text(), inventory);
+    inventory["machine.ini"] = simulated::WriteMachineIni(machine.System());
+    TakeFiles(machine, "C:", "C", inventory);
     return inventory;
 }
 

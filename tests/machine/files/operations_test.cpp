@@ -1,4 +1,3 @@
-#include <filesystem>
 #include <functional>
 
 #include "machine/files/files.h"
@@ -7,16 +6,18 @@
 namespace pikel {
 namespace {
 
-namespace fs = std::filesystem;
 using simulated::Files;
 using ::testing::ElementsAre;
+using testing_support::Lies;
 using testing_support::ReadFileOn;
 using testing_support::WriteFileOn;
 
 constexpr DWORD kShareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
 
-class FileOperations : public testing_support::MachineTest {
+class FileOperations : public testing_support::MachineTest, public ::testing::WithParamInterface<Lies> {
   protected:
+    FileOperations() : MachineTest("xp", GetParam()) {}
+
     FileHandle Open(const char* path, DWORD access, DWORD share, DWORD disposition, DWORD attributes = 0) {
         return FileHandle(Platform().CreateFileA(path, access, share, nullptr, disposition, attributes, nullptr));
     }
@@ -46,7 +47,10 @@ class FileOperations : public testing_support::MachineTest {
     }
 };
 
-TEST_F(FileOperations, CreationDispositionsDoWhatTheySay) {
+INSTANTIATE_TEST_SUITE_P(Lie, FileOperations, ::testing::Values(Lies::InMemory, Lies::InAFolder),
+                         [](const auto& info) { return info.param == Lies::InMemory ? "InMemory" : "InAFolder"; });
+
+TEST_P(FileOperations, CreationDispositionsDoWhatTheySay) {
     struct Case {
         const char* name;
         DWORD disposition;
@@ -85,7 +89,7 @@ TEST_F(FileOperations, CreationDispositionsDoWhatTheySay) {
     }
 }
 
-TEST_F(FileOperations, OpenRefusals) {
+TEST_P(FileOperations, OpenRefusals) {
     WriteFileOn(Machine(), "C:\\f", "x");
     EXPECT_EQ(CodeOfOpen("C:\\none\\f", GENERIC_READ, 0, OPEN_EXISTING), 3u);
     EXPECT_EQ(CodeOfOpen("C:\\none\\f", GENERIC_WRITE, 0, CREATE_ALWAYS), 3u);
@@ -99,7 +103,7 @@ TEST_F(FileOperations, OpenRefusals) {
     EXPECT_EQ(CodeOfOpen("C:\\f", GENERIC_READ, 0, TRUNCATE_EXISTING), 87u);
 }
 
-TEST_F(FileOperations, ReadOnlyFilesOpenForReadingAlone) {
+TEST_P(FileOperations, ReadOnlyFilesOpenForReadingAlone) {
     WriteFileOn(Machine(), "C:\\f", "x");
     EXPECT_TRUE(Platform().SetFileAttributesA("C:\\f", FILE_ATTRIBUTE_READONLY));
     EXPECT_EQ(CodeOfOpen("C:\\f", GENERIC_READ, 0, OPEN_EXISTING), 0u);
@@ -109,7 +113,7 @@ TEST_F(FileOperations, ReadOnlyFilesOpenForReadingAlone) {
     EXPECT_EQ(Platform().GetLastError(), 5u);
 }
 
-TEST_F(FileOperations, ANewFileCanBeMadeReadOnlyAndWrittenOnce) {
+TEST_P(FileOperations, ANewFileCanBeMadeReadOnlyAndWrittenOnce) {
     {
         const FileHandle file = Open("C:\\f", GENERIC_WRITE, 0, CREATE_NEW, FILE_ATTRIBUTE_READONLY);
         EXPECT_TRUE(Write(file, "x"));
@@ -118,7 +122,7 @@ TEST_F(FileOperations, ANewFileCanBeMadeReadOnlyAndWrittenOnce) {
     EXPECT_EQ(ReadFileOn(Machine(), "C:\\f"), "x");
 }
 
-TEST_F(FileOperations, HandlesOfOneProcessShareByTheSameRules) {
+TEST_P(FileOperations, HandlesOfOneProcessShareByTheSameRules) {
     WriteFileOn(Machine(), "C:\\f", "x");
     const FileHandle first = Open("C:\\f", GENERIC_READ | GENERIC_WRITE, FILE_SHARE_READ, OPEN_EXISTING);
     ASSERT_TRUE(first);
@@ -129,13 +133,13 @@ TEST_F(FileOperations, HandlesOfOneProcessShareByTheSameRules) {
     EXPECT_EQ(ReadFileOn(Machine(), "C:\\f"), "x");
 }
 
-TEST_F(FileOperations, AFileThatIsHeldBeforeItExistsIsNotMade) {
+TEST_P(FileOperations, AFileThatIsHeldBeforeItExistsIsNotMade) {
     const Files::Held held = Machine().Files().HoldOpen("C:\\new");
     EXPECT_EQ(CodeOfOpen("C:\\NEW", GENERIC_WRITE, 0, CREATE_ALWAYS), 32u);
     EXPECT_FALSE(Machine().Files().Exists("C:\\new"));
 }
 
-TEST_F(FileOperations, ALockedRangeGives33AndDeniedPathsGive5) {
+TEST_P(FileOperations, ALockedRangeGives33AndDeniedPathsGive5) {
     WriteFileOn(Machine(), "C:\\f", "x");
     {
         const Files::Held locked = Machine().Files().LockRange("C:\\f");
@@ -146,7 +150,7 @@ TEST_F(FileOperations, ALockedRangeGives33AndDeniedPathsGive5) {
     EXPECT_EQ(CodeOfOpen("C:\\f\\below", GENERIC_READ, kShareAll, OPEN_EXISTING), 3u);
 }
 
-TEST_F(FileOperations, WritesGoToThePositionAndAppendAtTheEnd) {
+TEST_P(FileOperations, WritesGoToThePositionAndAppendAtTheEnd) {
     {
         const FileHandle file = Open("C:\\f", GENERIC_READ | GENERIC_WRITE, 0, CREATE_NEW);
         EXPECT_TRUE(Write(file, "hello world"));
@@ -164,7 +168,7 @@ TEST_F(FileOperations, WritesGoToThePositionAndAppendAtTheEnd) {
     EXPECT_EQ(ReadFileOn(Machine(), "C:\\f"), "hello_World!!");
 }
 
-TEST_F(FileOperations, PositionsBeyondFourGigabytesNeedTheirHighPart) {
+TEST_P(FileOperations, PositionsBeyondFourGigabytesNeedTheirHighPart) {
     const FileHandle file = Open("C:\\f", GENERIC_WRITE, 0, CREATE_NEW);
     LONG high = 1;
     EXPECT_EQ(Platform().SetFilePointer(file.Get(), 5, &high, FILE_BEGIN), 5u);
@@ -180,7 +184,7 @@ TEST_F(FileOperations, PositionsBeyondFourGigabytesNeedTheirHighPart) {
     EXPECT_EQ(Platform().GetLastError(), 0u);
 }
 
-TEST_F(FileOperations, PositionRefusals) {
+TEST_P(FileOperations, PositionRefusals) {
     const FileHandle file = Open("C:\\f", GENERIC_WRITE, 0, CREATE_NEW);
     EXPECT_EQ(Platform().SetFilePointer(file.Get(), -1, nullptr, FILE_BEGIN), INVALID_SET_FILE_POINTER);
     EXPECT_EQ(Platform().GetLastError(), 131u);
@@ -192,7 +196,7 @@ TEST_F(FileOperations, PositionRefusals) {
     EXPECT_EQ(Platform().GetLastError(), 87u);
 }
 
-TEST_F(FileOperations, CallsOnWrongHandlesGive6) {
+TEST_P(FileOperations, CallsOnWrongHandlesGive6) {
     Test().AllowOpen();
     const HANDLE strange = reinterpret_cast<HANDLE>(uintptr_t{0x4444});
     WIN32_FIND_DATAA data;
@@ -215,7 +219,7 @@ TEST_F(FileOperations, CallsOnWrongHandlesGive6) {
     EXPECT_EQ(Machine().Handles().Misuses().size(), 3u);
 }
 
-TEST_F(FileOperations, HandlesAreClosedOnceAndByTheirOwnCall) {
+TEST_P(FileOperations, HandlesAreClosedOnceAndByTheirOwnCall) {
     Test().AllowOpen();
     WIN32_FIND_DATAA data;
     const HANDLE search = Platform().FindFirstFileA("C:\\*", &data);
@@ -227,14 +231,14 @@ TEST_F(FileOperations, HandlesAreClosedOnceAndByTheirOwnCall) {
                             ::testing::HasSubstr("as file search, which is not open")));
 }
 
-TEST_F(FileOperations, WritesNeedTheRight) {
+TEST_P(FileOperations, WritesNeedTheRight) {
     WriteFileOn(Machine(), "C:\\f", "x");
     const FileHandle file = Open("C:\\f", GENERIC_READ, 0, OPEN_EXISTING);
     EXPECT_FALSE(Write(file, "y"));
     EXPECT_EQ(Platform().GetLastError(), 5u);
 }
 
-TEST_F(FileOperations, AFullDiskFailsTheWriteWhole) {
+TEST_P(FileOperations, AFullDiskFailsTheWriteWhole) {
     Machine().Files().SetFreeSpace(5);
     const FileHandle file = Open("C:\\f", GENERIC_READ | GENERIC_WRITE, FILE_SHARE_READ, CREATE_NEW);
     EXPECT_TRUE(Write(file, "123"));
@@ -249,14 +253,14 @@ TEST_F(FileOperations, AFullDiskFailsTheWriteWhole) {
     EXPECT_FALSE(Write(file, "f"));
 }
 
-TEST_F(FileOperations, TruncatingGivesTheRoomBack) {
+TEST_P(FileOperations, TruncatingGivesTheRoomBack) {
     Machine().Files().SetFreeSpace(5);
     WriteFileOn(Machine(), "C:\\f", "12345");
     const FileHandle file = Open("C:\\f", GENERIC_WRITE, 0, CREATE_ALWAYS);
     EXPECT_TRUE(Write(file, "abcde"));
 }
 
-TEST_F(FileOperations, GetFileTimeGivesTheLastWrite) {
+TEST_P(FileOperations, GetFileTimeGivesTheLastWrite) {
     WriteFileOn(Machine(), "C:\\f", "x");
     const FILETIME time = {0x11223344, 0x01C00000};
     ASSERT_EQ(Machine().Files().SetWrittenAt("C:\\f", time), 0u);
@@ -271,7 +275,7 @@ TEST_F(FileOperations, GetFileTimeGivesTheLastWrite) {
     EXPECT_NE(access.dwHighDateTime, 0u);
 }
 
-TEST_F(FileOperations, SearchesGiveEveryMatchWithTheDotsOfAFolder) {
+TEST_P(FileOperations, SearchesGiveEveryMatchWithTheDotsOfAFolder) {
     for (const char* name : {"C:\\d\\b.inf", "C:\\d\\A.INF", "C:\\d\\c.txt", "C:\\d\\sub\\x"}) {
         WriteFileOn(Machine(), name, "12");
     }
@@ -284,7 +288,7 @@ TEST_F(FileOperations, SearchesGiveEveryMatchWithTheDotsOfAFolder) {
     EXPECT_THAT(Find("C:\\D"), ElementsAre("d"));
 }
 
-TEST_F(FileOperations, SearchRefusals) {
+TEST_P(FileOperations, SearchRefusals) {
     WriteFileOn(Machine(), "C:\\d\\f", "12");
     EXPECT_THAT(Find("C:\\d\\*.zip"), ElementsAre("code 2"));
     EXPECT_THAT(Find("C:\\d\\none"), ElementsAre("code 2"));
@@ -297,11 +301,11 @@ TEST_F(FileOperations, SearchRefusals) {
     EXPECT_THAT(Find("C:\\d\\a|b"), ElementsAre("code 123"));
 }
 
-TEST_F(FileOperations, TheRootOfADriveHasNoDots) {
+TEST_P(FileOperations, TheRootOfADriveHasNoDots) {
     EXPECT_THAT(Find("C:\\*"), ::testing::Each(::testing::Not(::testing::AnyOf(".", ".."))));
 }
 
-TEST_F(FileOperations, SearchDataTellsSizeTimeAndAttributes) {
+TEST_P(FileOperations, SearchDataTellsSizeTimeAndAttributes) {
     WriteFileOn(Machine(), "C:\\f.dat", "12345");
     const FILETIME time = {0x11223344, 0x01C00000};
     ASSERT_EQ(Machine().Files().SetWrittenAt("C:\\f.dat", time), 0u);
@@ -315,7 +319,7 @@ TEST_F(FileOperations, SearchDataTellsSizeTimeAndAttributes) {
     EXPECT_EQ(Platform().CompareFileTime(&data.ftLastWriteTime, &time), 0);
 }
 
-TEST_F(FileOperations, ASearchKeepsToWhatWasThereWhenItBegan) {
+TEST_P(FileOperations, ASearchKeepsToWhatWasThereWhenItBegan) {
     WriteFileOn(Machine(), "C:\\d\\a", "");
     WriteFileOn(Machine(), "C:\\d\\b", "");
     WIN32_FIND_DATAA data;
@@ -328,7 +332,7 @@ TEST_F(FileOperations, ASearchKeepsToWhatWasThereWhenItBegan) {
     EXPECT_EQ(Platform().GetLastError(), 18u);
 }
 
-TEST_F(FileOperations, FailuresSetTheLastErrorAndSuccessLeavesIt) {
+TEST_P(FileOperations, FailuresSetTheLastErrorAndSuccessLeavesIt) {
     WriteFileOn(Machine(), "C:\\f", "x");
     struct Case {
         const char* name;
@@ -363,14 +367,14 @@ TEST_F(FileOperations, FailuresSetTheLastErrorAndSuccessLeavesIt) {
     }
 }
 
-TEST_F(FileOperations, DeleteOfAHeldFileGives32) {
+TEST_P(FileOperations, DeleteOfAHeldFileGives32) {
     WriteFileOn(Machine(), "C:\\f", "x");
     const Files::Held held = Machine().Files().HoldOpen("C:\\f", FILE_SHARE_READ);
     EXPECT_FALSE(Platform().DeleteFileA("C:\\f"));
     EXPECT_EQ(Platform().GetLastError(), 32u);
 }
 
-TEST_F(FileOperations, AFileOpenedToGoWithItsHandleGoes) {
+TEST_P(FileOperations, AFileOpenedToGoWithItsHandleGoes) {
     {
         const FileHandle file = Open("C:\\f", GENERIC_WRITE, 0, CREATE_NEW, 0x04000000);
         ASSERT_TRUE(file);
@@ -379,7 +383,7 @@ TEST_F(FileOperations, AFileOpenedToGoWithItsHandleGoes) {
     EXPECT_FALSE(Machine().Files().Exists("C:\\f"));
 }
 
-TEST_F(FileOperations, HandlesLeftOpenOutliveTheFilesTheyBelongTo) {
+TEST_P(FileOperations, HandlesLeftOpenOutliveTheFilesTheyBelongTo) {
     Test().AllowOpen();
     WriteFileOn(Machine(), "C:\\f", "x");
     EXPECT_NE(Open("C:\\f", GENERIC_READ, 0, OPEN_EXISTING).Release(), INVALID_HANDLE_VALUE);
@@ -390,7 +394,7 @@ TEST_F(FileOperations, HandlesLeftOpenOutliveTheFilesTheyBelongTo) {
 
 // ---- the 16-bit style calls -----------------------------------------------------------------------------------------
 
-TEST_F(FileOperations, OpenFileReadsInPieces) {
+TEST_P(FileOperations, OpenFileReadsInPieces) {
     WriteFileOn(Machine(), "C:\\Colour\\a.icc", "0123456789");
     OFSTRUCT structure;
     const ReadFileHandle file(Platform().OpenFile("c:\\colour\\A.ICC", &structure, OF_READ));
@@ -404,7 +408,7 @@ TEST_F(FileOperations, OpenFileReadsInPieces) {
     EXPECT_EQ(Platform()._lread(file.Get(), buffer, 4), 0u);
 }
 
-TEST_F(FileOperations, OpenFileRefusals) {
+TEST_P(FileOperations, OpenFileRefusals) {
     OFSTRUCT structure;
     struct Case {
         const char* path;
@@ -424,7 +428,7 @@ TEST_F(FileOperations, OpenFileRefusals) {
     EXPECT_EQ(Platform().GetLastError(), 32u);
 }
 
-TEST_F(FileOperations, OpenFileLooksForABareNameOnTheSearchPath) {
+TEST_P(FileOperations, OpenFileLooksForABareNameOnTheSearchPath) {
     WriteFileOn(Machine(), "C:\\WINDOWS\\a.icc", "w");
     WriteFileOn(Machine(), "C:\\WINDOWS\\system32\\a.icc", "s");
     OFSTRUCT structure;
@@ -433,7 +437,7 @@ TEST_F(FileOperations, OpenFileLooksForABareNameOnTheSearchPath) {
     EXPECT_STREQ(structure.szPathName, "C:\\WINDOWS\\system32\\A.ICC");
 }
 
-TEST_F(FileOperations, OpenFileStyles) {
+TEST_P(FileOperations, OpenFileStyles) {
     OFSTRUCT structure;
     EXPECT_EQ(Platform().OpenFile("C:\\f", &structure, 0x100), 0);  // OF_PARSE
     EXPECT_STREQ(structure.szPathName, "C:\\f");
@@ -446,7 +450,7 @@ TEST_F(FileOperations, OpenFileStyles) {
     EXPECT_EQ(Platform().OpenFile("C:\\f", &structure, 0x4000), HFILE_ERROR);
 }
 
-TEST_F(FileOperations, OpenFileTakesPathsThatFitItsStructureWithTheirNul) {
+TEST_P(FileOperations, OpenFileTakesPathsThatFitItsStructureWithTheirNul) {
     OFSTRUCT structure;
     const std::string longest = "C:\\" + std::string(sizeof structure.szPathName - 4, 'a');
     EXPECT_EQ(Platform().OpenFile(longest.c_str(), &structure, 0x100), 0);  // OF_PARSE
@@ -455,7 +459,7 @@ TEST_F(FileOperations, OpenFileTakesPathsThatFitItsStructureWithTheirNul) {
     EXPECT_EQ(DWORD{structure.nErrCode}, DWORD{ERROR_INVALID_DATA});
 }
 
-TEST_F(FileOperations, OpenFileStylesSetAccessAndSharing) {
+TEST_P(FileOperations, OpenFileStylesSetAccessAndSharing) {
     WriteFileOn(Machine(), "C:\\f", "x");
     OFSTRUCT structure;
     {

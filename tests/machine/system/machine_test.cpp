@@ -1,7 +1,9 @@
 // Making, opening, copying and refusing the folder of a machine.
+#include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <csignal>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -63,6 +65,35 @@ std::string CreateError(const fs::path& folder, const SystemDescription& system)
         return error.what();
     }
 }
+
+int FilesInTheMaking(const fs::path& folder) {
+    int count = 0;
+    for (const fs::directory_entry& entry : fs::directory_iterator(folder)) {
+        count += entry.path().filename().string().starts_with(".pikel") ? 1 : 0;
+    }
+    return count;
+}
+
+/// While it lives, writes of this process beyond some size of a file fail, as on a full disk.
+class SmallFilesAlone {
+  public:
+    explicit SmallFilesAlone(std::size_t size) : m_handler(std::signal(SIGXFSZ, SIG_IGN)) {
+        getrlimit(RLIMIT_FSIZE, &m_before);
+        rlimit limit = m_before;
+        limit.rlim_cur = size;
+        setrlimit(RLIMIT_FSIZE, &limit);
+    }
+    ~SmallFilesAlone() {
+        setrlimit(RLIMIT_FSIZE, &m_before);
+        std::signal(SIGXFSZ, m_handler);
+    }
+    SmallFilesAlone(const SmallFilesAlone&) = delete;
+    SmallFilesAlone& operator=(const SmallFilesAlone&) = delete;
+
+  private:
+    void (*m_handler)(int);
+    rlimit m_before{};
+};
 
 class MachineFolder : public ::testing::Test {
   protected:
@@ -291,7 +322,7 @@ TEST_F(MachineFolder, CommitWritesOnlyAChangedRegistryAndByRename) {
     machine->Commit();
     EXPECT_THAT(ReadHost(file), HasSubstr("[HKEY_CURRENT_USER\\new]"));
     EXPECT_EQ(ReadHost(Folder() / "old"), "another's") << "the old file was replaced and not written over";
-    EXPECT_FALSE(fs::exists(Folder() / "registry.reg.new"));
+    EXPECT_EQ(FilesInTheMaking(Folder()), 0);
     EXPECT_FALSE(machine->Registry().IsDirty());
     machine->Registry().DeleteKey("HKCU\\new");
     machine->Commit();
@@ -301,14 +332,28 @@ TEST_F(MachineFolder, CommitWritesOnlyAChangedRegistryAndByRename) {
 TEST_F(MachineFolder, ACommitThatFailsKeepsTheFileAndTheChange) {
     const std::unique_ptr<Machine> machine = Machine::Create(Folder(), Xp());
     const std::string before = ReadHost(Folder() / "registry.reg");
-    fs::create_directories(Folder() / "registry.reg.new");  // in the way of the new file
     machine->Registry().CreateKey("HKCU\\new");
-    EXPECT_THROW(machine->Commit(), MachineError);
-    EXPECT_EQ(machine->TryCommit(), 1016u);
+    {
+        const SmallFilesAlone limit(before.size() / 2);
+        EXPECT_THROW(machine->Commit(), MachineError);
+        EXPECT_EQ(machine->TryCommit(), 1016u);
+    }
     EXPECT_EQ(ReadHost(Folder() / "registry.reg"), before);
-    fs::remove(Folder() / "registry.reg.new");
+    EXPECT_EQ(FilesInTheMaking(Folder()), 0);
     EXPECT_EQ(machine->TryCommit(), 0u);
     EXPECT_THAT(ReadHost(Folder() / "registry.reg"), HasSubstr("[HKEY_CURRENT_USER\\new]"));
+}
+
+TEST_F(MachineFolder, ACommitThatFailsTellsFileAndReason) {
+    const std::unique_ptr<Machine> machine = Machine::Create(Folder(), Xp());
+    machine->Registry().CreateKey("HKCU\\new");
+    const SmallFilesAlone limit(100);
+    try {
+        machine->Commit();
+        ADD_FAILURE() << "nothing was told";
+    } catch (const MachineError& error) {
+        EXPECT_EQ(error.what(), "can't write " + (Folder() / "registry.reg").string() + ": the disk is full");
+    }
 }
 
 TEST_F(MachineFolder, SetSystemWritesTheDescriptionAnew) {
@@ -435,10 +480,11 @@ TEST_F(MachineFolder, WithoutANameThereIsAPrivateOneThatGoesWithTheProcess) {
         unsetenv("PIKEL_MACHINE");
         setenv("TMPDIR", Folder().c_str(), 1);
         Machine& machine = simulated::Current();
-        std::fprintf(stderr, "%s %d", machine.System().name.c_str(), fs::exists(machine.Folder() / "machine.ini"));
+        std::fprintf(stderr, "%s, in memory %d, %zu files", machine.System().name.c_str(), machine.IsInMemory(),
+                     Snapshot(Folder()).size());
     });
     EXPECT_EQ(status, 0);
-    EXPECT_EQ(text, "xp 1");
+    EXPECT_EQ(text, "xp, in memory 1, 0 files");
     EXPECT_THAT(Snapshot(Folder()), IsEmpty());
 }
 
@@ -509,6 +555,7 @@ TEST(SystemList, TellsTheVersionsThatTheSystemsTell) {
 
 class FreshMachine : public EverySystemTest {
   protected:
+    FreshMachine() : EverySystemTest(testing_support::Lies::InAFolder) {}
     bool IsNt4() { return Machine().Generation() == simulated::Generation::Nt4; }
 };
 

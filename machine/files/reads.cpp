@@ -1,7 +1,5 @@
-// The machine's files on a folder of the host: paths, and what can be seen without a change.
+// The machine's files: paths, and what can be seen without a change.
 #include "machine/files/files.h"
-
-#include <fcntl.h>
 
 #include <algorithm>
 
@@ -13,8 +11,11 @@ namespace pikel::simulated {
 
 namespace {
 
-/// An absolute path without a slash at its end.
+/// An absolute path without a slash at its end; empty for none.
 std::string RootOf(const std::filesystem::path& folder) {
+    if (folder.empty()) {
+        return {};
+    }
     std::string root = std::filesystem::absolute(folder).lexically_normal().string();
     while (root.size() > 1 && root.ends_with('/')) {
         root.pop_back();
@@ -24,18 +25,16 @@ std::string RootOf(const std::filesystem::path& folder) {
 
 }  // namespace
 
-Files::Files(Machine& machine, std::filesystem::path root) : m_state(std::make_unique<State>(machine, RootOf(root))) {}
+Files::Files(Machine& machine, std::shared_ptr<Disk> disk, const std::filesystem::path& root)
+    : m_state(std::make_unique<State>(machine, std::move(disk), RootOf(root))) {}
 
 Files::~Files() = default;
 
 std::filesystem::path Files::HostPath(std::string_view path) const {
     const Place place = m_state->Find(path);
+    const std::string drive = place.disk != nullptr ? m_state->places.HostFolder(place.path.drive) : std::string();
     // A name that isn't there has a place all the same, on a drive that is.
-    struct stat drive {};
-    if (place.host.empty() || stat(m_state->places.DriveFolder(place.path.drive).c_str(), &drive) != 0) {
-        return {};
-    }
-    return place.host;
+    return drive.empty() || place.disk->Look(drive, nullptr) != ERROR_SUCCESS ? std::string() : place.location;
 }
 
 std::string Files::WindowsPath(const std::filesystem::path& host) const {
@@ -45,10 +44,10 @@ std::string Files::WindowsPath(const std::filesystem::path& host) const {
 DWORD Files::Look(std::string_view path, FileEntry* entry) const {
     const Place place = m_state->Find(path);
     if (place.Exists() && entry != nullptr) {
-        entry->name = place.path.IsRoot() ? std::string() : FromUtf8(m_state->CodePage(), place.HostName());
-        entry->attributes = AttributesOf(place.status);
-        entry->size = place.IsDirectory() ? 0 : place.Size();
-        entry->written = FileTimeOf(place.status.st_mtim);
+        entry->name = place.path.IsRoot() ? std::string() : FromUtf8(m_state->CodePage(), place.Name());
+        entry->attributes = place.entry.Attributes();
+        entry->size = place.entry.size;
+        entry->written = place.entry.written;
     }
     return place.code;
 }
@@ -63,7 +62,7 @@ bool Files::IsDirectory(std::string_view path) const {
 
 DWORD Files::Attributes(std::string_view path) const {
     const Place place = m_state->Find(path);
-    return place.Exists() ? AttributesOf(place.status) : static_cast<DWORD>(INVALID_FILE_ATTRIBUTES);
+    return place.Exists() ? place.entry.Attributes() : static_cast<DWORD>(INVALID_FILE_ATTRIBUTES);
 }
 
 std::optional<std::string> Files::Read(std::string_view path) const {
@@ -71,9 +70,8 @@ std::optional<std::string> Files::Read(std::string_view path) const {
     if (!place.Exists() || place.IsDirectory()) {
         return std::nullopt;
     }
-    const HostFile file = HostFile::Open(place.host, O_RDONLY);
     std::string bytes;
-    if (!file.IsOpen() || ReadAll(file.Get(), &bytes) != ERROR_SUCCESS) {
+    if (place.disk->ReadWhole(place.location, &bytes) != ERROR_SUCCESS) {
         return std::nullopt;
     }
     return bytes;
@@ -81,7 +79,7 @@ std::optional<std::string> Files::Read(std::string_view path) const {
 
 std::optional<FILETIME> Files::WrittenAt(std::string_view path) const {
     const Place place = m_state->Find(path);
-    return place.Exists() ? std::optional(FileTimeOf(place.status.st_mtim)) : std::nullopt;
+    return place.Exists() ? std::optional(place.entry.written) : std::nullopt;
 }
 
 std::vector<FileEntry> Files::List(std::string_view folder, std::string_view pattern) const {
@@ -90,14 +88,13 @@ std::vector<FileEntry> Files::List(std::string_view folder, std::string_view pat
     if (place.IsDirectory()) {
         const UINT codePage = m_state->CodePage();
         const NamePattern wanted(pattern, codePage);
-        for (const std::string& stored : NamesIn(place.host)) {
+        for (const std::string& stored : place.disk->Names(place.location)) {
             std::string name = FromUtf8(codePage, stored);
-            struct stat status {};
-            if (wanted.Matches(name) && stat((place.host + "/" + stored).c_str(), &status) == 0) {
-                const std::uint64_t size = S_ISDIR(status.st_mode) ? 0 : static_cast<std::uint64_t>(status.st_size);
+            DiskEntry entry;
+            if (wanted.Matches(name) && place.disk->Look(place.location + "/" + stored, &entry) == ERROR_SUCCESS) {
                 std::string folded = FoldCase(codePage, name);
                 found.emplace_back(std::move(folded),
-                                   FileEntry{std::move(name), AttributesOf(status), size, FileTimeOf(status.st_mtim)});
+                                   FileEntry{std::move(name), entry.Attributes(), entry.size, entry.written});
             }
         }
     }
@@ -120,14 +117,14 @@ DWORD Files::CheckOpen(std::string_view path, DWORD access, DWORD share) const {
 
 Files::Held Files::HoldOpen(std::string_view path, DWORD share) {
     const Place place = m_state->Find(path);
-    std::shared_ptr<OpenFiles::Opening> opening = m_state->open->Add(place.key, place.host, FILE_SHARE_READ, share);
+    std::shared_ptr<OpenFiles::Opening> opening = m_state->open->Add(place.key, place.location, FILE_SHARE_READ, share);
     return Held([opening]() mutable { opening.reset(); });
 }
 
 Files::Held Files::LockRange(std::string_view path) {
     const Place place = m_state->Find(path);
     std::shared_ptr<OpenFiles::Opening> opening =
-        m_state->open->Add(place.key, place.host, FILE_SHARE_READ, kShareAll, true);
+        m_state->open->Add(place.key, place.location, FILE_SHARE_READ, kShareAll, true);
     return Held([opening]() mutable { opening.reset(); });
 }
 
