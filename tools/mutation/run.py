@@ -59,6 +59,11 @@ class State:
         self.tree = digest
         self.programs = {key: value for key, value in self.programs.items() if not isinstance(value, str)}
 
+    def last(self, fault):
+        """How a fault ended when it last ran, as an Outcome; None for one that never ran in this form."""
+        kind, seconds, pattern = self.results.get(fault.id, ("", 0.0, ""))
+        return Outcome(fault, kind, "", seconds) if pattern == fault.pattern().pattern else None
+
     def save(self):
         self.folder.mkdir(parents=True, exist_ok=True)
         self.path.write_text(json.dumps({"results": self.results, "catchers": self.catchers,
@@ -66,7 +71,7 @@ class State:
 
     def note(self, outcome, program):
         with self.lock:
-            self.results[outcome.fault.id] = outcome.kind
+            self.results[outcome.fault.id] = [outcome.kind, round(outcome.seconds, 1), str(outcome.fault.pattern().pattern)]
             if outcome.kind == "caught" and not outcome.text.startswith("("):
                 self.catchers[outcome.fault.id] = f"{program}:{outcome.text}"
             self.save()
