@@ -78,7 +78,7 @@ UINT QueueTest::Take(UINT notification, UINT_PTR first, UINT_PTR second) {
     if (answer == FILEOP_NEWPATH) {
         std::strcpy(reinterpret_cast<char*>(second), m_newPath.c_str());
     }
-    if (answer == FILEOP_ABORT && m_errorOnAbort != 0) {
+    if (answer == FILEOP_ABORT && (m_errorOnAbort != 0 || m_clearsErrorOnAbort)) {
         Platform().SetLastError(m_errorOnAbort);
     }
     return answer;

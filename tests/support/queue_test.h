@@ -73,6 +73,7 @@ class QueueTest : public MachineTest {
     bool m_hasCallback = true;
     std::string m_newPath;     ///< put into the buffer when the answer is FILEOP_NEWPATH
     DWORD m_errorOnAbort = 0;  ///< set as the last error when the answer is FILEOP_ABORT
+    bool m_clearsErrorOnAbort = false;
     InfHandle m_inf;
     FileQueueHandle m_queue;
 

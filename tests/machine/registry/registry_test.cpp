@@ -215,6 +215,13 @@ TEST(RegistryTree, ADeniedKeyRefusesWritesAndWithEverythingReads) {
     EXPECT_EQ(registry.CheckAccess("HKLM\\b\\C", KEY_READ), ERROR_ACCESS_DENIED);
 }
 
+TEST(RegistryTree, DenialsOutlastAChangeOfTheCodePage) {
+    Registry registry;
+    registry.Deny("HKLM\\a");
+    EXPECT_EQ(registry.SetCodePage(932), "");
+    EXPECT_EQ(registry.CheckAccess("HKLM\\a", KEY_WRITE), ERROR_ACCESS_DENIED);
+}
+
 // ---- the text -------------------------------------------------------------------------------------------------------
 
 TEST(RegistryText, AnEmptyRegistryIsHeaderRootsAndClosingLine) {

@@ -317,6 +317,21 @@ TEST_F(ServiceCalls, OtherControlsAreRefusedAndAnInterrogationTellsTheState) {
     EXPECT_EQ(ErrorOf(simulated::ControlService(fax, 4, &status)), 1062u);
 }
 
+TEST_F(ServiceCalls, StartAndStopAreRightsOfTheirOwn) {
+    constexpr DWORD kStart = 0x10;
+    constexpr DWORD kStop = 0x20;
+    EXPECT_EQ(Stop(Open("Fax", kStart)), DWORD{ERROR_ACCESS_DENIED});
+    EXPECT_EQ(StartIt(Open("Fax", kStop)), DWORD{ERROR_ACCESS_DENIED});
+    EXPECT_EQ(Stop(Open("Fax", kStop)), 0u);
+}
+
+TEST_F(ServiceCalls, ProgramOfACommandLineEndsWithItsExtension) {
+    constexpr char kProgram[] = "C:\\Program Files\\acme.exe";
+    WriteFileOn(Machine(), kProgram, "MZ");
+    Services().Define("Acme", "Acme", std::string(kProgram) + " -run now.exe", {}, SERVICE_AUTO_START);
+    EXPECT_EQ(Machine().Files().CheckOpen(kProgram, GENERIC_WRITE, 0), DWORD{ERROR_SHARING_VIOLATION});
+}
+
 TEST_F(ServiceCalls, WithoutRightsOnlyReadingIsLeft) {
     RemoveRights();
     EXPECT_EQ(Manager(kManagerAccess), nullptr) << "it holds the right to lock";

@@ -388,6 +388,14 @@ TEST_F(FileQueue, ACodeOfTheCallbackWinsOverThatOfTheStep) {
     EXPECT_EQ(Code(), DWORD{ERROR_CANCELLED});
 }
 
+TEST_F(FileQueue, AnAbortWithoutACodeEndsWithThatOfTheStep) {
+    OpenInf("[I]\r\nCopyFiles=@none.txt\r\n");
+    Answer(SPFILENOTIFY_COPYERROR, FILEOP_ABORT);
+    m_clearsErrorOnAbort = true;
+    EXPECT_FALSE(Run());
+    EXPECT_EQ(Code(), DWORD{ERROR_FILE_NOT_FOUND});
+}
+
 TEST_F(FileQueue, AStepMayBeSkippedAtItsStart) {
     WriteFileOn(Machine(), "C:\\target\\d.txt", "d");
     OpenInf(std::string("[I]\r\nCopyFiles=@a.txt\r\nDelFiles=D\r\n[D]\r\nd.txt\r\n") + kToTarget);
@@ -541,6 +549,7 @@ INSTANTIATE_TEST_SUITE_P(
                       StyleCase{"NewerCopiesWithoutVersions", "a.txt", SP_COPY_NEWER, 0x40000, {"a.txt=aaa"}},
                       StyleCase{"ForceNewerCopiesWithoutVersions", "a.txt", SP_COPY_FORCE_NEWER, 0, {"a.txt=aaa"}},
                       StyleCase{"ALineMayKeepItsTarget", "a.txt,,,0x10", 0, 0, {"a.txt=old"}},
+                      StyleCase{"ALineMayAskForNewerFiles", "a.txt,,,0x20", 0, 0, {"a.txt=aaa"}},
                       StyleCase{"ALineMayReplaceOnly", "b.txt,,,0x400", 0, 0, {"a.txt=old"}},
                       StyleCase{"OtherLineFlagsCopy", "a.txt,,,0x3", 0, 0, {"a.txt=aaa"}}),
     [](const auto& info) { return std::string(info.param.name); });
