@@ -38,6 +38,7 @@ class Workshop:
         self.jobs = jobs
         self.planted = None
         self.running = None
+        self.built = set()
         self.temporary.mkdir(parents=True, exist_ok=True)
         self.log = open(folder / "build.log", "w", encoding="utf-8")
 
@@ -70,8 +71,10 @@ class Workshop:
             raise BuildError("\n".join((errors or lines[-5:])[:3]))
 
     def build(self, program):
-        """Builds a test program. Raises BuildError."""
-        self.run_build(["ninja", "-C", str(self.build_folder), f"-j{self.jobs}", program])
+        """Builds a test program, for the first time on all cores. Raises BuildError."""
+        jobs = self.jobs if program in self.built else os.cpu_count() or 1
+        self.run_build(["ninja", "-C", str(self.build_folder), f"-j{jobs}", program])
+        self.built.add(program)
 
     def plant(self, fault):
         path = self.tree / fault.file
