@@ -598,6 +598,13 @@ TEST_P(MachineFiles, DeniedPathsGive5AtAndBelow) {
     EXPECT_EQ(TheFiles().Write("C:\\d2\\f", "y"), 0u);
 }
 
+TEST_P(MachineFiles, WriteThatFailsGivesItsRoomBack) {
+    TheFiles().SetFreeSpace(10);
+    const std::string tooLong = "C:\\" + std::string(256, 'a');  // a path of Windows, but no name of any disk
+    EXPECT_NE(TheFiles().Write(tooLong, "1234567890"), 0u);
+    EXPECT_EQ(TheFiles().Write("C:\\f", "1234567890"), 0u);
+}
+
 TEST_P(MachineFiles, WritesBeyondTheFreeSpaceGive112AndLeaveTheOldFile) {
     Put("C/f", "12345");
     TheFiles().SetFreeSpace(10);
