@@ -26,12 +26,17 @@ bool HasSecurity() {
 
 // ---- what a token tells ---------------------------------------------------------------------------------------------
 
+/// An address in the caller's buffer. A caller that asks for the size alone has none.
+PSID Behind(LPVOID place, std::size_t distance) {
+    return place == nullptr ? nullptr : static_cast<BYTE*>(place) + distance;
+}
+
 /// The bytes of an answer: a fixed part with the pointers to SIDs, and the SIDs behind it.
 /// @param place  where the caller's buffer lies, which is where the pointers lead
 std::string UserInformation(Machine& machine, LPVOID place) {
     const std::string sid = BytesOf(UserOf(machine));
     TOKEN_USER user{};
-    user.User.Sid = static_cast<BYTE*>(place) + sizeof user;
+    user.User.Sid = Behind(place, sizeof user);
     return std::string(reinterpret_cast<const char*>(&user), sizeof user) + sid;
 }
 
@@ -43,7 +48,7 @@ std::string GroupInformation(Machine& machine, LPVOID place) {
     std::memcpy(bytes.data() + offsetof(TOKEN_GROUPS, GroupCount), &count, sizeof count);
     for (std::size_t i = 0; i < groups.size(); ++i) {
         SID_AND_ATTRIBUTES group{};
-        group.Sid = static_cast<BYTE*>(place) + bytes.size();
+        group.Sid = Behind(place, bytes.size());
         group.Attributes = groups[i].attributes;
         std::memcpy(bytes.data() + offsetof(TOKEN_GROUPS, Groups) + i * sizeof group, &group, sizeof group);
         bytes += BytesOf(groups[i].sid);

@@ -190,9 +190,10 @@ DWORD GetInfModelList(LPCSTR lpszInfFile, DWORD dwProcessor, DWORD dwMajor, DWOR
     CInfManufacturerSection manufacturer;
     InfHandle inf;
     DWORD dwStatus = OpenInf(lpszInfFile, inf);
-    if (dwStatus == ERROR_SUCCESS) {
-        dwStatus = manufacturer.GetData(inf.Get(), dwProcessor, dwMajor, dwMinor);
+    if (!inf) {
+        return dwStatus;  // 0 too, where the system gives no code for an INF that can't be opened
     }
+    dwStatus = manufacturer.GetData(inf.Get(), dwProcessor, dwMajor, dwMinor);
     if (dwStatus != ERROR_SUCCESS || (manufacturer.m_vecSections.empty() && noModels == NoModels::AreNone)) {
         return dwStatus;
     }

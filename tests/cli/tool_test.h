@@ -52,7 +52,7 @@ class ToolTest : public ::testing::Test {
         unsetenv("PIKEL_MEDIUM");
         unsetenv("PIKEL_TRACE");
         // The leak check itself crashes over the thread-local data of a library that was loaded at run time.
-        setenv("LSAN_OPTIONS", "use_tls=0", 1);
+        setenv("LSAN_OPTIONS", "use_tls=0:print_suppressions=0", 1);
     }
     ~ToolTest() override { fs::remove_all(m_folder); }
 

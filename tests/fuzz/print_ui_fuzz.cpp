@@ -7,6 +7,7 @@
 #include <string>
 
 #include "machine/base/machine.h"
+#include "machine/base/text.h"
 #include "machine/printui/command.h"
 #include "printui/run_dll32.h"
 
