@@ -15,7 +15,7 @@ struct BrowseOptions {
     DWORD depth = 1;
 };
 
-const char* KindText(DWORD kind) {
+const char* NodeKindText(DWORD kind) {
     static constexpr const char* kKinds[] = {"other", "network", "domain", "server", "queue", "printer", "share"};
     return kind < std::size(kKinds) ? kKinds[kind] : "other";
 }
@@ -31,7 +31,7 @@ class Browser {
         nlohmann::json list = nlohmann::json::array();
         for (DWORD i = 0; i < count; ++i) {
             const NetResourceRecord& node = nodes.Get()[i];
-            nlohmann::json entry = JsonObject({{"kind", KindText(node.ResourceKind)},
+            nlohmann::json entry = JsonObject({{"kind", NodeKindText(node.ResourceKind)},
                                                {"name", JsonText(node.RemoteName)},
                                                {"shortName", JsonText(node.ShortName)},
                                                {"comment", JsonText(node.Comment)},

@@ -8,7 +8,7 @@ namespace pikel::cli {
 
 namespace {
 
-struct InstallOptions {
+struct PrintUiInstallOptions {
     std::string inf;
     std::string model;
     std::string printer;
@@ -30,7 +30,7 @@ void ShowResource(Session& session, DWORD id) {
     session.Print({{"id", id}, {"text", Utf8(text)}}, [&] { std::printf("%s\n", Utf8(text).c_str()); });
 }
 
-void Install(Session& session, const InstallOptions& options) {
+void InstallByPrintUi(Session& session, const PrintUiInstallOptions& options) {
     const std::string inf = session.PathFor(options.inf);
     session.RequireMachine();
     const DWORD status = session.Table().PI_KEL_InstallPrinterToPrintUI(
@@ -48,7 +48,7 @@ void Install(Session& session, const InstallOptions& options) {
 Command PrintUiCommands(Session& session) {
     auto line = std::make_shared<std::string>();
     auto id = std::make_shared<DWORD>(0);
-    auto options = std::make_shared<InstallOptions>();
+    auto options = std::make_shared<PrintUiInstallOptions>();
     return {"printui",
             "The system's Print UI: Windows 2000 and later",
             {},
@@ -68,7 +68,7 @@ Command PrintUiCommands(Session& session) {
                {"--printer", &options->printer, "Name of the new printer", Need::Required},
                {"--port", &options->port, "A port that is there", Need::Required},
                {"--share", &options->share, "Share it under this name"}},
-              [&session, options] { Install(session, *options); }}}};
+              [&session, options] { InstallByPrintUi(session, *options); }}}};
 }
 
 }  // namespace pikel::cli

@@ -25,7 +25,7 @@ struct SetOptions {
     bool keepDevMode = true;
 };
 
-struct FileOptions {
+struct RecordFileOptions {
     std::string name;
     std::string file;
 };
@@ -36,30 +36,30 @@ void Write(Session& session, const std::string& name, PrinterRecord& record) {
 
 // ---- show -----------------------------------------------------------------------------------------------------------
 
-void PrintField(const char* name, const nlohmann::json& value) {
+void PrintRecordField(const char* name, const nlohmann::json& value) {
     if (value.is_string() && !value.get<std::string>().empty()) {
         std::printf("%-16s %s\n", name, value.get<std::string>().c_str());
     }
 }
 
 void PrintRecord(const nlohmann::json& printer) {
-    PrintField("printer", printer["printerName"]);
-    PrintField("server", printer["serverName"]);
-    PrintField("driver", printer["driverName"]);
-    PrintField("port", printer["portName"]);
-    PrintField("share", printer["shareName"]);
-    PrintField("comment", printer["comment"]);
-    PrintField("location", printer["location"]);
-    PrintField("print processor", printer["printProcessor"]);
-    PrintField("data type", printer["datatype"]);
+    PrintRecordField("printer", printer["printerName"]);
+    PrintRecordField("server", printer["serverName"]);
+    PrintRecordField("driver", printer["driverName"]);
+    PrintRecordField("port", printer["portName"]);
+    PrintRecordField("share", printer["shareName"]);
+    PrintRecordField("comment", printer["comment"]);
+    PrintRecordField("location", printer["location"]);
+    PrintRecordField("print processor", printer["printProcessor"]);
+    PrintRecordField("data type", printer["datatype"]);
     std::printf("%-16s 0x%x\n", "attributes", static_cast<unsigned>(printer["attributes"].get<DWORD>()));
     std::printf("%-16s 0x%x\n", "status", static_cast<unsigned>(printer["status"].get<DWORD>()));
     std::printf("%-16s %u\n", "priority", static_cast<unsigned>(printer["priority"].get<DWORD>()));
     if (printer["security"].is_object()) {
-        PrintField("descriptor", printer["security"].value("descriptor", ""));
+        PrintRecordField("descriptor", printer["security"].value("descriptor", ""));
     }
     for (const nlohmann::json& profile : printer["colourProfiles"]) {
-        PrintField("colour profile", profile);
+        PrintRecordField("colour profile", profile);
     }
     for (const nlohmann::json& value : printer["values"]) {
         std::printf("%-16s %s\\%s, %zu bytes\n", "value",
@@ -130,7 +130,7 @@ void Set(Session& session, SetOptions options) {
 
 // ---- export and import ----------------------------------------------------------------------------------------------
 
-void Export(Session& session, const FileOptions& options) {
+void Export(Session& session, const RecordFileOptions& options) {
     session.RequireMachine();
     TableBlock<PrinterRecord> record(session.Table());
     ReadPrinter(session, options.name, record);
@@ -161,7 +161,7 @@ nlohmann::json ReadJson(const std::string& name) {
     }
 }
 
-void Import(Session& session, const FileOptions& options) {
+void Import(Session& session, const RecordFileOptions& options) {
     session.RequireMachine();
     ImportedPrinter printer(ReadJson(options.file));
     const std::string name = !options.name.empty()                      ? options.name
@@ -200,7 +200,7 @@ Command SetVerb(Session& session) {
 
 std::vector<Command> PrinterRecordVerbs(Session& session) {
     auto name = std::make_shared<std::string>();
-    auto files = std::make_shared<FileOptions>();
+    auto files = std::make_shared<RecordFileOptions>();
     return {{"show",
              "Show all that is known of a printer",
              {{"NAME", name.get(), "Name of the printer", Need::Required}},
