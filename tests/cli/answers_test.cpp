@@ -90,7 +90,8 @@ TEST_F(ToolAnswers, DriverFileThatIsMissingIsTold) {
         }
     }
     std::vector<std::string> missing;
-    for (const json& file : Json(machine, "machine show")["drivers"][0]["files"]) {
+    const json found = Json(machine, "machine show");
+    for (const json& file : found["drivers"][0]["files"]) {
         if (!file["present"].get<bool>()) {
             missing.push_back(file["path"]);
         }
