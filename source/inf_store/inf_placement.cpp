@@ -211,7 +211,8 @@ DWORD InfFileCopy98(LPCSTR lpszInfFile, DWORD dwProcessor, DWORD dwMajor, DWORD 
     if (dwStatus != ERROR_SUCCESS) {
         return dwStatus;
     }
-    ClearAndDelete(strFolder + strName);  // where earlier installers put it
+    // An INF of this name in the folder itself would be read beside the one that was just placed.
+    ClearAndDelete(strFolder + strName);
     DeleteDriverIndex(strFolder);
     WriteLog("InfFileCopy98() - ::CopyFile() --Success--");
     return ERROR_SUCCESS;

@@ -13,18 +13,8 @@ using ::testing::HasSubstr;
 using ::testing::IsEmpty;
 using ::testing::Not;
 
-constexpr char kModel[] = "'Aurora Laser 500'";
-
 class ToolAnswers : public ToolTest {
   protected:
-    Result On(const fs::path& machine, const std::string& arguments) {
-        return Run("--machine " + machine.string() + " " + arguments);
-    }
-    json Json(const fs::path& machine, const std::string& arguments) {
-        const Result result = On(machine, arguments + " --json");
-        EXPECT_EQ(result.exitCode, 0) << arguments << ": " << result.errors;
-        return json::parse(result.output, nullptr, false);
-    }
     /// A machine with a sample's driver and the printer Office.
     fs::path Installed(const std::string& system = "xp", const std::string& inf = "xp/aurora.inf") {
         const fs::path machine = NewMachine(system);

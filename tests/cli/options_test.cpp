@@ -12,18 +12,8 @@ using ::testing::HasSubstr;
 using ::testing::Not;
 using ::testing::StartsWith;
 
-constexpr char kModel[] = "'Aurora Laser 500'";
-
 class ToolOptions : public ToolTest {
   protected:
-    Result On(const fs::path& machine, const std::string& arguments) {
-        return Run("--machine " + machine.string() + " " + arguments);
-    }
-    json Json(const fs::path& machine, const std::string& arguments) {
-        const Result result = On(machine, arguments + " --json");
-        EXPECT_EQ(result.exitCode, 0) << arguments << ": " << result.errors;
-        return json::parse(result.output, nullptr, false);
-    }
     /// Platform calls of one command by one name, as the trace tells them.
     std::vector<std::string> CallsOf(const fs::path& machine, const std::string& arguments, const std::string& name) {
         const fs::path trace = m_folder / "trace.txt";

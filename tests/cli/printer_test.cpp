@@ -18,14 +18,6 @@ class ToolPrinter : public ToolTest {
         EXPECT_EQ(install.exitCode, 0) << install.errors;
         return machine;
     }
-    Result On(const std::string& machine, const std::string& arguments) {
-        return Run("--machine " + machine + " " + arguments);
-    }
-    json Json(const std::string& machine, const std::string& arguments) {
-        const Result result = On(machine, arguments + " --json");
-        EXPECT_EQ(result.exitCode, 0) << result.errors;
-        return json::parse(result.output, nullptr, false);
-    }
 };
 
 // ---- show, set, export, import --------------------------------------------------------------------------------------

@@ -43,6 +43,9 @@ inline std::map<std::string, std::string> Snapshot(const fs::path& folder) {
     return files;
 }
 
+/// The sample package's first model, as a shell takes it.
+inline constexpr char kModel[] = "'Aurora Laser 500'";
+
 class ToolTest : public ::testing::Test {
   protected:
     ToolTest() {
@@ -71,6 +74,17 @@ class ToolTest : public ::testing::Test {
         result.exitCode = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
         result.errors = ReadHostFile(errors);
         return result;
+    }
+
+    /// A command on a machine.
+    Result On(const fs::path& machine, const std::string& arguments) {
+        return Run("--machine " + machine.string() + " " + arguments);
+    }
+    /// What a command that has to succeed on a machine answers as JSON.
+    json Json(const fs::path& machine, const std::string& arguments) {
+        const Result result = On(machine, arguments + " --json");
+        EXPECT_EQ(result.exitCode, 0) << arguments << ": " << result.errors;
+        return json::parse(result.output, nullptr, false);
     }
 
     /// A fresh machine's folder.

@@ -4,7 +4,7 @@
 #include <cstring>
 
 #include "machine/operations.h"
-#include "support/machine_test.h"
+#include "support/network_test.h"
 
 namespace pikel::simulated {
 namespace {
@@ -15,28 +15,9 @@ using ::testing::IsEmpty;
 
 constexpr DWORD kAll = 0xffffffff;
 
-class NetworkTest : public MachineTest {
+class NetworkTest : public DescribedNetworkTest {
   protected:
-    NetworkTest() : MachineTest("win98") {}
-    static std::string Key(const std::string& below) { return "HKLM\\SOFTWARE\\Simulated Network\\" + below; }
-    void SetText(const std::string& key, const char* name, const char* text) {
-        Machine().Registry().SetText(Key(key), name, text);
-    }
-    void SetNumber(const std::string& key, const char* name, DWORD number) {
-        Machine().Registry().SetNumber(Key(key), name, number);
-    }
-    void MakeNetwork() {
-        SetNumber("Providers\\LM", "NetType", WNNC_NET_LANMAN);
-        SetNumber("Providers\\NW", "NetType", WNNC_NET_NETWARE);
-        SetText("Servers\\ALPHA", "Comment", "first floor");
-        SetText("Servers\\ALPHA\\Laser", "Comment", "by the window");
-        SetNumber("Servers\\ALPHA\\Files", "Type", RESOURCETYPE_DISK);
-        SetText("Servers\\BETA", "Domain", "Sales");
-        SetText("Servers\\GAMMA", "Domain", "SALES");
-        SetText("Servers\\TREE", "Provider", "nw");
-        SetText("Servers\\LEAF", "Provider", "NW");
-        SetText("Servers\\LEAF", "Domain", "BRANCH");
-    }
+    NetworkTest() : DescribedNetworkTest("win98") {}
     Network TheNetwork() { return Network(Machine()); }
 };
 

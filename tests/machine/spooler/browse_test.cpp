@@ -2,7 +2,7 @@
 #include <cstdio>
 
 #include "machine/operations.h"
-#include "support/machine_test.h"
+#include "support/network_test.h"
 
 namespace pikel::simulated {
 namespace {
@@ -11,27 +11,8 @@ using namespace testing_support;
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 
-class SpoolerNetworkTest : public MachineTest {
+class SpoolerNetworkTest : public DescribedNetworkTest {
   protected:
-    static std::string Key(const std::string& below) { return "HKLM\\SOFTWARE\\Simulated Network\\" + below; }
-    void SetText(const std::string& key, const char* name, const char* text) {
-        Machine().Registry().SetText(Key(key), name, text);
-    }
-    void SetNumber(const std::string& key, const char* name, DWORD number) {
-        Machine().Registry().SetNumber(Key(key), name, number);
-    }
-    void MakeNetwork() {
-        SetNumber("Providers\\LM", "NetType", WNNC_NET_LANMAN);
-        SetNumber("Providers\\NW", "NetType", WNNC_NET_NETWARE);
-        SetText("Servers\\ALPHA", "Comment", "first floor");
-        SetText("Servers\\ALPHA\\Laser", "Comment", "by the window");
-        SetNumber("Servers\\ALPHA\\Files", "Type", RESOURCETYPE_DISK);
-        SetText("Servers\\BETA", "Domain", "Sales");
-        SetText("Servers\\GAMMA", "Domain", "SALES");
-        SetText("Servers\\TREE", "Provider", "nw");
-        SetText("Servers\\LEAF", "Provider", "NW");
-        SetText("Servers\\LEAF", "Domain", "BRANCH");
-    }
     /// Entries of an enumeration by name at level 1, as "flags name|description|comment"; "code n" for a failure.
     std::vector<std::string> Entries(const char* name, DWORD flags = PRINTER_ENUM_NAME) {
         DWORD needed = 0;
